@@ -1,0 +1,402 @@
+/* QMSD7: the kernel of a modular toolkit.
+ *
+ * The library exports one function, qm_call(). A 32-bit function code names the service, a record
+ * owned by the caller carries its arguments and results. This header is all that a host or a module
+ * needs: it compiles as C and C++ and depends on nothing but fixed-width integers.
+ *
+ * Results    1 for success, 0 for failure, unless a code says otherwise. After a failure the calling
+ *            thread's error state holds a code and a message (QM_CALL_GETERRORW).
+ * Records    On 32-bit Windows every field is 32 bits wide. On 64-bit systems pointers and call
+ *            entries widen, everything else stays 32 bits. Fields are marked in, out or in/out.
+ *            A failed call leaves its out fields alone unless the code says otherwise.
+ * Ownership  Records and texts passed in stay the caller's. Buffers handed out are tracked blocks;
+ *            the caller gives each back with QM_CALL_REALLOC and size 0.
+ * Text       Wide text is UTF-16, narrow text is in the runtime's current locale; both end in a
+ *            zero. Buffer lengths count elements, the terminator included. A buffer that is too
+ *            short receives a cut, terminated text.
+ * Threads    Any code may be called from any thread at any time, from inside modules too, but not
+ *            by a thread that must not wait (a library's own load and unload routine).
+ */
+#ifndef QMSD7_H
+#define QMSD7_H
+
+#include <stdint.h>
+
+/* The calling convention of qm_call() and of every module's call entry. */
+#if defined(_WIN32) && !defined(_WIN64)
+#define QM_STDCALL __stdcall
+#else
+#define QM_STDCALL
+#endif
+
+/* The 16-bit wide character and the spelling of its literals: QM_W("text"). */
+#if defined(_WIN32)
+#ifdef __cplusplus
+typedef wchar_t qm_wchar;
+#else
+typedef unsigned short qm_wchar;
+#endif
+#define QM_W(text) L##text
+#else
+#ifdef __cplusplus
+typedef char16_t qm_wchar;
+#else
+typedef uint_least16_t qm_wchar;
+#endif
+#define QM_W(text) u##text
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* The type of every call entry. `handle` addresses an object in a module, or is 0 for the kernel. */
+typedef int32_t(QM_STDCALL* qm_call_fn)(uint32_t handle, uint32_t function, void* params);
+
+/* The library's only export. */
+int32_t QM_STDCALL qm_call(uint32_t handle, uint32_t function, void* params);
+
+/* ---- Function codes --------------------------------------------------------------------------
+ * 0x10GGFFFF: group GG, function FFFF. Codes that take text come in pairs, narrow = wide + 1.   */
+
+enum {
+  /* General. */
+  QM_CALL_NOP = 0x1000000F,           /* no record          does nothing, returns 1              */
+  QM_CALL_LISTMODULESW = 0x10000010,  /* qm_list_modules_w  installed module libraries           */
+  QM_CALL_LISTMODULESA = 0x10000011,  /* qm_list_modules_a                                       */
+  QM_CALL_RESOLVEHANDLE = 0x1000F000, /* qm_resolve_handle  what a direct call needs; adds a ref */
+
+  /* Error state of the calling thread. */
+  QM_CALL_GETERRORW = 0x10010000,     /* qm_get_error_w     returns the error code itself        */
+  QM_CALL_GETERRORA = 0x10010001,     /* qm_get_error_a     returns the error code itself        */
+  QM_CALL_SETERRORW = 0x10010002,     /* qm_set_error_w                                          */
+  QM_CALL_SETERRORA = 0x10010003,     /* qm_set_error_a                                          */
+  QM_CALL_PUSHERROR = 0x10010004,     /* no record          saves the error on a stack           */
+  QM_CALL_POPERROR = 0x10010005,      /* no record          takes it back                        */
+  QM_CALL_ADDERRORTEXTS = 0x1001000F, /* qm_add_error_texts registers texts for error codes      */
+
+  /* Tracked memory, slots, whole files. */
+  QM_CALL_REALLOC = 0x10020000,     /* qm_realloc         allocate, resize (size > 0), release 0 */
+  QM_CALL_MEMSIZE = 0x10020001,     /* qm_mem_size        capacity of a block                    */
+  QM_CALL_REALLOCPOS = 0x10020002,  /* qm_realloc_pos     as REALLOC, with the source position   */
+  QM_CALL_MEMCHECK = 0x10020003,    /* no record          are all blocks sound?                  */
+  QM_CALL_MEMINFO = 0x10020004,     /* qm_mem_info        describes the block at an index        */
+  QM_CALL_SLOTCREATE = 0x10020005,  /* creates a shared 8-byte cell                              */
+  QM_CALL_SLOTJOIN = 0x10020006,    /* joins a cell by its id                                    */
+  QM_CALL_SLOTRELEASE = 0x10020007, /* releases one use of a cell                                */
+  QM_CALL_READFILE = 0x10020008,    /* reads a whole file into a tracked block                   */
+  QM_CALL_WRITEFILE = 0x10020009,   /* writes a buffer to a file                                 */
+
+  /* Modules and handles. */
+  QM_CALL_OPENMODULEW = 0x10030000,       /* qm_open_module_w     opens an instance by name      */
+  QM_CALL_OPENMODULEA = 0x10030001,       /* qm_open_module_a                                    */
+  QM_CALL_CLOSEHANDLE = 0x10030002,       /* qm_handle_ref        drops a reference              */
+  QM_CALL_GETKERNELINFO = 0x10030004,     /* qm_info_request      the kernel's information record */
+  QM_CALL_CLOSE = 0x10030005,             /* no record            announces the end              */
+  QM_CALL_REFHANDLE = 0x10030006,         /* qm_handle_ref        adds a reference               */
+  QM_CALL_UNREFHANDLE = 0x10030007,       /* qm_handle_ref        drops a reference              */
+  QM_CALL_MODULEVERSIONINFO = 0x10030012, /* qm_module_version    to a module's handle           */
+  QM_CALL_VERSIONINFOW = 0x10030013,      /* qm_version_info_w    texts of a version resource    */
+  QM_CALL_VERSIONINFOA = 0x10030014,      /* qm_version_info_a                                   */
+  QM_CALL_SETKERNELENTRY = 0x1003FFFF,    /* qm_kernel_entry      kernel to module, after loading */
+
+  /* Variants: reference-counted typed values. */
+  QM_CALL_VARIANTREF = 0x10040000,               /* adds a reference                             */
+  QM_CALL_VARIANTRELEASE = 0x10040001,           /* drops a reference                            */
+  QM_CALL_VARIANTCREATE = 0x10040003,            /* creates a variant                            */
+  QM_CALL_VARIANTCOPY = 0x10040004,              /* deep copy                                    */
+  QM_CALL_VARIANTRECREATE = 0x10040005,          /* releases and creates anew                    */
+  QM_CALL_VARIANTASSIGN = 0x10040006,            /* new value, id and name in place              */
+  QM_CALL_VARIANTINFO = 0x10040007,              /* id, type, sizes, counts                      */
+  QM_CALL_VARIANTCONVERT = 0x10040008,           /* reads the value as another type              */
+  QM_CALL_VARIANTGETITEM = 0x10040009,           /* finds an item, adds a reference              */
+  QM_CALL_VARIANTTAKEITEM = 0x1004000A,          /* removes an item, hands it over               */
+  QM_CALL_VARIANTITEMPOSITION = 0x1004000B,      /* position of an item                          */
+  QM_CALL_VARIANTINSERTITEM = 0x1004000C,        /* inserts an item                              */
+  QM_CALL_VARIANTDELETEITEM = 0x1004000D,        /* removes and releases an item                 */
+  QM_CALL_VARIANTGETATTRIBUTE = 0x1004000E,      /* finds an attribute, adds a reference         */
+  QM_CALL_VARIANTTAKEATTRIBUTE = 0x1004000F,     /* removes an attribute, hands it over          */
+  QM_CALL_VARIANTATTRIBUTEPOSITION = 0x10040010, /* position of an attribute                     */
+  QM_CALL_VARIANTINSERTATTRIBUTE = 0x10040011,   /* inserts an attribute                         */
+  QM_CALL_VARIANTDELETEATTRIBUTE = 0x10040012,   /* removes and releases an attribute            */
+  QM_CALL_VARIANTREADARRAY = 0x10040013,         /* array elements to a typed buffer             */
+  QM_CALL_VARIANTREADARRAYSHARED = 0x10040014,   /* twin of VARIANTREADARRAY                     */
+  QM_CALL_VARIANTWRITEARRAY = 0x10040016,        /* typed buffer to array elements               */
+  QM_CALL_VARIANTWRITEARRAYSHARED = 0x10040017,  /* twin of VARIANTWRITEARRAY                    */
+  QM_CALL_VARIANTPATHW = 0x10040018,             /* finds a variant by path                      */
+  QM_CALL_VARIANTPATHA = 0x10040019,
+  QM_CALL_VARIANTPATHVALUEW = 0x1004001A, /* reads the value at a path                           */
+  QM_CALL_VARIANTPATHVALUEA = 0x1004001B,
+  QM_CALL_VARIANTRECREATEDIRECT = 0x1004001D,       /* twins working on the caller's record    */
+  QM_CALL_VARIANTCREATEDIRECT = 0x1004001E,         /*                                         */
+  QM_CALL_VARIANTASSIGNDIRECT = 0x1004001F,         /*                                         */
+  QM_CALL_VARIANTASSIGNVALUE = 0x10040020,          /* new value; id and name stay             */
+  QM_CALL_VARIANTASSIGNVALUEDIRECT = 0x10040021,    /*                                         */
+  QM_CALL_VARIANTINFONAME = 0x10040022,             /* VARIANTINFO and the name                */
+  QM_CALL_VARIANTGETITEMDIRECT = 0x10040023,        /*                                         */
+  QM_CALL_VARIANTTAKEITEMDIRECT = 0x10040024,       /*                                         */
+  QM_CALL_VARIANTCOUNTITEMS = 0x10040025,           /* items with a name                       */
+  QM_CALL_VARIANTINSERTITEMDIRECT = 0x10040026,     /*                                         */
+  QM_CALL_VARIANTGETATTRIBUTEDIRECT = 0x10040027,   /*                                         */
+  QM_CALL_VARIANTFINDATTRIBUTE = 0x10040028,        /* position and id, no reference           */
+  QM_CALL_VARIANTCOUNTATTRIBUTES = 0x10040029,      /* attributes with a name                  */
+  QM_CALL_VARIANTINSERTATTRIBUTEDIRECT = 0x1004002A /*                                         */
+};
+
+/* ---- Handles ---------------------------------------------------------------------------------
+ * Handles of opened modules run from 0x10000 to 0xFFFEFFFF. A group handle needs no opening: it
+ * addresses the module that serves a group of function codes, e.g. 0xFFFF1100 for 0x1100xxxx.   */
+
+#define QM_GROUP_HANDLE(group) (0xFFFF0000u | (uint32_t)(group))
+#define QM_PROPERTY_HANDLE QM_GROUP_HANDLE(0x1100)
+
+/* Codes of the property module that the kernel itself uses (record qm_property_text). */
+#define QM_PROPERTY_READW 0x11000000u /* value of a node                                         */
+#define QM_PROPERTY_LISTW 0x11000008u /* names of a node's children, one per line                */
+
+/* ---- Errors ----------------------------------------------------------------------------------
+ * Codes below 0x1000 are the C runtime's errno values.                                          */
+
+enum {
+  QM_ERROR_NOT_FOUND = 2,           /* unknown, empty or closed                                  */
+  QM_ERROR_NO_MEMORY = 12,          /* exhausted memory                                          */
+  QM_ERROR_DAMAGED = 14,            /* damaged or missing bookkeeping                            */
+  QM_ERROR_BUSY = 16,               /* another thread did not finish in time                     */
+  QM_ERROR_ARGUMENT = 22,           /* bad argument or unknown code                              */
+  QM_ERROR_RANGE = 34,              /* out of range                                              */
+  QM_ERROR_LOAD = 0x1000,           /* a library cannot be loaded                                */
+  QM_ERROR_VERSION_READ = 0x1002,   /* a version resource cannot be read                         */
+  QM_ERROR_VERSION_FORMAT = 0x1004, /* a version resource lacks a table                          */
+  QM_ERROR_MODULE_NOT_OPEN = 0x8000 /* a module that is not open                                 */
+};
+
+/* ---- Records: error state ------------------------------------------------------------------ */
+
+/* QM_CALL_GETERRORW. A null record is allowed: the code is returned. */
+typedef struct qm_get_error_w {
+  int32_t code;   /* out  the thread's error code, 0 when there is none                          */
+  qm_wchar* text; /* in   buffer for the message; null: none wanted                              */
+  int32_t length; /* in   its length in characters; below 1: no text is written                  */
+} qm_get_error_w;
+
+/* QM_CALL_GETERRORA. */
+typedef struct qm_get_error_a {
+  int32_t code;   /* out                                                                         */
+  char* text;     /* in                                                                          */
+  int32_t length; /* in   in bytes                                                               */
+} qm_get_error_a;
+
+/* How QM_CALL_SETERRORW/A combines the new message with the old one. */
+enum {
+  QM_SET_ERROR_REPLACE = 0,     /* code text, new text                                         */
+  QM_SET_ERROR_APPEND = 1,      /* old message, line break, code text, new text                */
+  QM_SET_ERROR_PREPEND = 2,     /* code text, new text, line break, old message                */
+  QM_SET_ERROR_LITERAL = 0x100, /* the text is no format                                       */
+  QM_SET_ERROR_NO_CODE_TEXT = 0x2000 /* leave the code's own text out                            */
+};
+
+/* QM_CALL_SETERRORW. Errors: 22 "(!ptr)" for a null record.
+ * In a wide format "%s" takes wide text and "%hs" narrow text.                                  */
+typedef struct qm_set_error_w {
+  uint32_t flags;       /* in  QM_SET_ERROR_ values                                              */
+  int32_t code;         /* in                                                                    */
+  const qm_wchar* text; /* in  message or format; null counts as empty                           */
+  void* arguments;      /* in  the format's va_list, cast: `record.arguments = (void*)list;`     */
+} qm_set_error_w;
+
+/* QM_CALL_SETERRORA. "%s" takes narrow text. */
+typedef struct qm_set_error_a {
+  uint32_t flags;   /* in                                                                        */
+  int32_t code;     /* in                                                                        */
+  const char* text; /* in                                                                        */
+  void* arguments;  /* in                                                                        */
+} qm_set_error_a;
+
+typedef struct qm_error_text {
+  int32_t code;
+  const qm_wchar* text; /* copied; null clears the code's text                                   */
+} qm_error_text;
+
+/* QM_CALL_ADDERRORTEXTS. Every pair is tried; 0 when one could not be stored.
+ * Errors: 22 "(!ptr)" for a null record, or null `pairs` with a count above 0.                  */
+typedef struct qm_add_error_texts {
+  int32_t count;              /* in  below 1: nothing to do, returns 1                           */
+  const qm_error_text* pairs; /* in                                                              */
+} qm_add_error_texts;
+
+/* ---- Records: tracked memory --------------------------------------------------------------- */
+
+/* QM_CALL_REALLOC. A null pointer allocates, size 0 releases (and nulls the pointer).
+ * Errors: 22 a negative size or a pointer that is no tracked block; 14 damaged bookkeeping;
+ * 12 out of memory. On failure block and pointer are as before.                                 */
+typedef struct qm_realloc {
+  void* pointer; /* in/out                                                                       */
+  int32_t size;  /* in      bytes                                                                */
+} qm_realloc;
+
+/* QM_CALL_MEMSIZE. Errors: 22 null or unknown pointer; 14 damaged bookkeeping. */
+typedef struct qm_mem_size {
+  void* pointer; /* in                                                                           */
+  int32_t size;  /* out  capacity in bytes: the requested size rounded up to a multiple of 4     */
+} qm_mem_size;
+
+/* QM_CALL_REALLOCPOS. As qm_realloc; the position is shown by QM_CALL_MEMINFO. */
+typedef struct qm_realloc_pos {
+  void* pointer;    /* in/out                                                                    */
+  int32_t size;     /* in      bytes                                                             */
+  const char* file; /* in      copied; null keeps an existing block's position                   */
+  int32_t line;     /* in                                                                        */
+} qm_realloc_pos;
+
+/* QM_CALL_MEMINFO. Walk the live blocks with index 0, 1, ... until the call fails with 34.
+ * A free index gives empty texts, line -1, capacity -1 and a null pointer.
+ * Errors: 22 a negative index or size; 34 an index at or above the count.                       */
+typedef struct qm_mem_info {
+  int32_t index;     /* in   position in the block list                                          */
+  char* file;        /* in   buffer for the source file name, or null                            */
+  int32_t file_size; /* in   bytes                                                               */
+  char* dump;        /* in   buffer for the first eight bytes, as characters and in hexadecimal  */
+  int32_t dump_size; /* in   bytes                                                               */
+  int32_t line;      /* out                                                                      */
+  int32_t capacity;  /* out  bytes                                                               */
+  void* pointer;     /* out  the block                                                           */
+} qm_mem_info;
+
+/* ---- Records: modules and handles ---------------------------------------------------------- */
+
+/* QM_CALL_OPENMODULEW. The module receives this very record, so a module may define further fields
+ * behind the three. `handle` is 0 after a failure.
+ * Errors: 22 "(!ptr || !name)"; 0x1000 no such library; 2 or 22 a library that is no module;
+ * 16 another thread has been loading it for more than two seconds; 12; or the module's own.     */
+typedef struct qm_open_module_w {
+  const qm_wchar* name;  /* in                                                                   */
+  const qm_wchar* group; /* in   property group for aliases, and the module's own use; or null   */
+  uint32_t handle;       /* out  close with QM_CALL_CLOSEHANDLE                                  */
+} qm_open_module_w;
+
+/* QM_CALL_OPENMODULEA. The module sees a wide record of its own with the same three fields. */
+typedef struct qm_open_module_a {
+  const char* name;  /* in                                                                       */
+  const char* group; /* in                                                                       */
+  uint32_t handle;   /* out                                                                      */
+} qm_open_module_a;
+
+/* QM_CALL_CLOSEHANDLE, QM_CALL_UNREFHANDLE: drops a reference; the last one closes the module's
+ * instance and sets `handle` to 0. QM_CALL_REFHANDLE: adds a reference.
+ * Errors: 2 "(handle=%08x)" for an unknown handle.                                              */
+typedef struct qm_handle_ref {
+  uint32_t handle; /* in/out                                                                     */
+} qm_handle_ref;
+
+/* QM_CALL_RESOLVEHANDLE: for callers that want to call a module without the kernel in between:
+ * entry(owner_handle, code, record). The reference it adds is the caller's to give back.
+ * Errors: 2 unknown handle; 22 the module is not open.                                          */
+typedef struct qm_resolve_handle {
+  uint32_t handle;       /* in                                                                   */
+  uint32_t owner_handle; /* out  the module's own handle for the instance                        */
+  void* library;         /* out  the module's library handle                                     */
+  qm_call_fn entry;      /* out  the module's call entry                                         */
+} qm_resolve_handle;
+
+#define QM_MODULE_ID 0x716D0000u          /* qm_module_info.id                                   */
+#define QM_EXTENDED_MODULE_ID 0x386A56B6u /* qm_extended_info.id                                 */
+#define QM_KERNEL_VERSION 0x0703011Du     /* 7.3.1.29                                            */
+
+/* What a module tells about itself: exported as data under the name `qmmoduleinfo` and answered to
+ * QM_CALL_GETKERNELINFO. The module owns it; it must stay valid while the library is loaded.    */
+typedef struct qm_module_info {
+  uint32_t id;                      /* QM_MODULE_ID                                           */
+  uint32_t version;                 /* major, minor, patch, build: one byte each, from the top */
+  const char* description;          /* narrow                                                 */
+  const qm_wchar* description_wide; /* the same, wide                                         */
+  qm_call_fn call;                  /* the module's call entry                                */
+} qm_module_info;
+
+/* The older, extended kind of `qmmoduleinfo`. The kernel reads `id`, words 2, 3 and `call`. */
+typedef struct qm_extended_info {
+  uint32_t id; /* QM_EXTENDED_MODULE_ID                                                          */
+  uint32_t word1;
+  const void* word2;
+  const void* word3;
+  const void* word4;
+  qm_call_fn call; /* speaks the older protocol's codes                                          */
+} qm_extended_info;
+
+/* QM_CALL_GETKERNELINFO, to the kernel or to a module. A null record is allowed. */
+typedef struct qm_info_request {
+  const qm_module_info* info; /* out  owned by the answering side                                */
+} qm_info_request;
+
+/* QM_CALL_SETKERNELENTRY: the kernel's first call to a module, once after loading, handle 0.
+ * The record lives during the call only; the result is ignored.                                 */
+typedef struct qm_kernel_entry {
+  qm_call_fn entry; /* in  the kernel's qm_call                                                  */
+} qm_kernel_entry;
+
+/* ---- Records: listing and version information ---------------------------------------------- */
+
+/* QM_CALL_LISTMODULESW. Searches ".", the PATH entries and the system's `qm` folder, in this order,
+ * without removing duplicates; libraries without version information are left out.
+ * `paths`, each path and `versions` are tracked blocks of the caller; with a count of 0 they may
+ * still be non-null. Errors: 22 "Null pointer detected" for a null record.                      */
+typedef struct qm_list_modules_w {
+  uint32_t reserved;       /*      not used                                                      */
+  const qm_wchar* pattern; /* in   file name pattern without extension; null: all                */
+  qm_wchar** paths;        /* out  `count` full paths                                            */
+  uint32_t* versions;      /* out  `count` packed versions, as in qm_module_info                 */
+  int32_t count;           /* out                                                                */
+} qm_list_modules_w;
+
+/* QM_CALL_LISTMODULESA. */
+typedef struct qm_list_modules_a {
+  uint32_t reserved;
+  const char* pattern; /* in                                                                     */
+  char** paths;        /* out  null when the count is 0; an entry is null if memory ran out      */
+  uint32_t* versions;  /* out                                                                    */
+  int32_t count;       /* out                                                                    */
+} qm_list_modules_a;
+
+/* Texts of a version resource, all in one tracked block. */
+typedef struct qm_version_pair {
+  qm_wchar* key;
+  qm_wchar* value;
+} qm_version_pair;
+
+typedef struct qm_version_props {
+  uint32_t count;
+  qm_version_pair pairs[1]; /* `count` of them, in the resource's order; the texts follow        */
+} qm_version_props;
+
+/* QM_CALL_VERSIONINFOW. Errors: 22 "(!params)", "(fname)", a `props` that is no tracked block;
+ * 2 "(info)" no version resource, "(props)" no texts; 0x1002, 0x1004 unreadable; 12.            */
+typedef struct qm_version_info_w {
+  const qm_wchar* file;    /* in                                                                 */
+  qm_version_props* props; /* in/out  null or an earlier result, which is resized and reused     */
+} qm_version_info_w;
+
+/* QM_CALL_VERSIONINFOA. Names are cut at 259 bytes. */
+typedef struct qm_version_info_a {
+  const char* file;        /* in                                                                 */
+  qm_version_props* props; /* in/out                                                             */
+} qm_version_info_a;
+
+/* QM_CALL_MODULEVERSIONINFO, to a module's handle: the module file's version texts.
+ * The block stays the kernel's, valid until the module is unloaded: never release or resize it. */
+typedef struct qm_module_version {
+  qm_version_props* props; /* out                                                                */
+} qm_module_version;
+
+/* ---- Records: property module -------------------------------------------------------------- */
+
+/* QM_PROPERTY_READW, QM_PROPERTY_LISTW. */
+typedef struct qm_property_text {
+  const qm_wchar* path; /* in  e.g. "/default/groups"                                            */
+  qm_wchar* text;       /* in  buffer, filled by the module                                      */
+  int32_t length;       /* in  in characters                                                     */
+} qm_property_text;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,36 @@
+// The registry of loaded modules: loads them on the first call, counts their uses, passes calls on,
+// unloads them when the last use goes.
+#pragma once
+
+#include <cstdint>
+
+#include "include/qmsd7.h"
+#include "services/text/qm_string.h"
+
+namespace qmsd {
+
+// What becomes of the module use that a call takes on a module already loaded.
+enum class UseMode {
+  instance,  // open keeps it, close drops the opener's as well, any other call gives it back
+  group,     // always given back
+};
+
+bool registry_create();
+void registry_destroy();  // closes every module still open, whatever its uses
+
+// Calls the module by name, loading it if needed; returns the module's result, or 0 with an error.
+// For QM_CALL_OPENMODULEW the record's two texts are kernel heap copies owned by the caller
+// (OpenTexts), which an alias may replace. Holds no lock while it is in the module.
+std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint32_t code,
+                           void* record, UseMode mode);
+
+// Library and call entry of an open module, for direct calls. False when it is not open or has no
+// entry (nothing is recorded).
+bool registry_resolve(const qm_wchar* name, void*& library, qm_call_fn& entry);
+
+qmString registry_statistics();
+
+// QM_CALL_GETKERNELINFO: accepts null.
+bool kernel_info(qm_info_request* record);
+
+}  // namespace qmsd

@@ -1,0 +1,17 @@
+// The live process environment, not the runtime's snapshot of it.
+#pragma once
+
+#include <cstddef>
+
+#include "include/qmsd7.h"
+
+namespace qmsd::platform {
+
+enum class Variable { missing, present, too_long };
+
+// The buffer receives the terminated value when it is present and fits, else an empty text.
+// Variable names are ASCII.
+Variable read_variable(const char* name, qm_wchar* buffer, std::size_t length);
+Variable read_variable(const char* name, char* buffer, std::size_t size);
+
+}  // namespace qmsd::platform

@@ -1,0 +1,48 @@
+// The one door through which the kernel allocates, so that a test can close it.
+// Blocks are plain runtime blocks (malloc/free); nothing here is ever freed by the other side.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace qmsd::platform {
+
+// Null when memory is exhausted. Not noexcept: a test's gate may throw.
+[[nodiscard]] void* heap_allocate(std::size_t bytes);
+[[nodiscard]] void* heap_allocate_zeroed(std::size_t bytes);
+// The old block stays valid when null is returned. `bytes` is above 0.
+[[nodiscard]] void* heap_reallocate(void* block, std::size_t bytes);
+// Null is allowed. Keeps errno and the thread's last system error.
+void heap_free(void* block) noexcept;
+
+// Asked before each allocation; false makes it fail. Null removes the gate.
+using AllocationGate = bool (*)(std::size_t bytes);
+void set_allocation_gate(AllocationGate gate) noexcept;
+
+struct HeapFree {
+  void operator()(void* block) const noexcept { heap_free(block); }
+};
+
+// Destroys and frees what heap_new made.
+template <class T>
+struct HeapDelete {
+  void operator()(T* object) const noexcept {
+    object->~T();
+    heap_free(object);
+  }
+};
+
+template <class T>
+using HeapOwner = std::unique_ptr<T, HeapDelete<T>>;
+
+// Null when memory is exhausted.
+template <class T, class... Arguments>
+[[nodiscard]] HeapOwner<T> heap_new(Arguments&&... arguments) {
+  void* memory = heap_allocate(sizeof(T));
+  if (memory == nullptr) return nullptr;
+  return HeapOwner<T>(::new (memory) T(std::forward<Arguments>(arguments)...));
+}
+
+}  // namespace qmsd::platform

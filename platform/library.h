@@ -1,0 +1,41 @@
+// Loads code and finds names in it. Mechanism only: no search policy beyond the system's, no cache.
+#pragma once
+
+#include <cstddef>
+
+#include "include/qmsd7.h"
+
+namespace qmsd::platform {
+
+// The file name extension of libraries, dot included: ".dll" or ".so".
+extern const qm_wchar* const kLibraryExtension;
+
+struct Library {
+  void* os = nullptr;
+  explicit operator bool() const noexcept { return os != nullptr; }
+};
+
+// The system's words for a failed load; trailing line ends and blanks as the system gave them.
+struct LoadFailure {
+  qm_wchar text[512];
+};
+
+// Loads `file` ("name.dll", or a path) by the system's search order. Natively a bare name is looked
+// for beside the executable, in the current directory, then where the dynamic loader looks.
+// On failure the result is empty and `failure` is filled.
+Library open_library(const qm_wchar* file, LoadFailure& failure);
+void* find_symbol(Library library, const char* name) noexcept;
+void close_library(Library library) noexcept;
+
+// Full path of a loaded library, cut and terminated; empty when it cannot be had.
+void library_path(Library library, qm_wchar* buffer, std::size_t length);
+
+// The directory whose `qm` folder holds the family's own modules, without a trailing separator.
+void system_directory(qm_wchar* buffer, std::size_t length);
+// The same directory as the module listing sees it; false when the listing has to end without it.
+bool listed_system_directory(qm_wchar* buffer, std::size_t length);
+
+// The host executable's full file name in narrow text, cut; returns its length, 0 on failure.
+std::size_t executable_name(char* buffer, std::size_t size) noexcept;
+
+}  // namespace qmsd::platform
