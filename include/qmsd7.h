@@ -29,6 +29,13 @@
 #define QM_STDCALL
 #endif
 
+/* Marks what a library exports. On Windows an export list does this, so that names stay undecorated. */
+#if defined(__GNUC__) && !defined(_WIN32)
+#define QM_EXPORT __attribute__((visibility("default")))
+#else
+#define QM_EXPORT
+#endif
+
 /* The 16-bit wide character and the spelling of its literals: QM_W("text"). */
 #if defined(_WIN32)
 #ifdef __cplusplus
@@ -53,8 +60,8 @@ extern "C" {
 /* The type of every call entry. `handle` addresses an object in a module, or is 0 for the kernel. */
 typedef int32_t(QM_STDCALL* qm_call_fn)(uint32_t handle, uint32_t function, void* params);
 
-/* The library's only export. */
-int32_t QM_STDCALL qm_call(uint32_t handle, uint32_t function, void* params);
+/* The kernel library's only export; modules export an entry of their own under the same name. */
+QM_EXPORT int32_t QM_STDCALL qm_call(uint32_t handle, uint32_t function, void* params);
 
 /* ---- Function codes --------------------------------------------------------------------------
  * 0x10GGFFFF: group GG, function FFFF. Codes that take text come in pairs, narrow = wide + 1.   */

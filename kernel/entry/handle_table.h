@@ -12,19 +12,23 @@ bool handles_create();
 // Closes every handle, oldest first, then takes the table down.
 void handles_destroy();
 
-// A new unbound handle, or 0 when there is no table or no memory (nothing is recorded).
-std::uint32_t handle_open();
-// Binds an unbound handle to a module's instance. False when it is gone, or bound already, or
-// memory is exhausted (`*no_memory`).
+// Issues a new, unbound handle; 0 when there is no table or no memory (nothing is recorded).
+std::uint32_t handle_issue();
+// Binds an unbound handle to a module's instance. Fails, with an error recorded, when the handle is
+// gone or bound already and when memory is exhausted.
 bool handle_bind(std::uint32_t handle, const qm_wchar* owner_name, std::uint32_t owner_handle);
+// Drops one reference; the last one closes the owner's side. Fails for an unknown handle.
+bool handle_drop(std::uint32_t handle, bool& was_last);
 
 // A call with a handle, group handles included.
 bool handle_call(std::uint32_t handle, std::uint32_t code, void* record);
 
+// The function codes about handles.
 bool handle_resolve(qm_resolve_handle* record);
 bool handle_reference(qm_handle_ref* record);
 bool handle_release(qm_handle_ref* record);
 
+// One line: count and total size, each with its change since the last report.
 qmString handle_statistics();
 
 }  // namespace qmsd

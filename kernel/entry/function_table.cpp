@@ -1,0 +1,95 @@
+// The kernel's function codes: code, handler, and through the handler's signature its record.
+// This is the one place that knows a record only by its address.
+#include "kernel/entry/function_table.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "include/qmsd7.h"
+#include "kernel/entry/handle_table.h"
+#include "kernel/entry/open_module.h"
+#include "kernel/errors/error_calls.h"
+#include "kernel/errors/error_state.h"
+#include "memory/memory_calls.h"
+#include "modules/library_search.h"
+#include "modules/module_listing.h"
+#include "modules/registry.h"
+#include "modules/version_info.h"
+
+namespace qmsd {
+namespace {
+
+bool nop() { return true; }
+
+bool announce_close() {
+  raise_closing_counter();
+  return true;
+}
+
+using Handler = std::int32_t (*)(void* params);
+
+// Gives every handler one shape. Handlers take no record or a typed one.
+template <auto Serve, class Result, class Record>
+std::int32_t call_with_record(Result (*)(Record*), void* params) {
+  return Serve(static_cast<Record*>(params));
+}
+template <auto Serve>
+std::int32_t call_with_record(bool (*)(), void*) {
+  return Serve();
+}
+template <auto Serve>
+std::int32_t by(void* params) {
+  return call_with_record<Serve>(Serve, params);
+}
+
+struct Function {
+  std::uint32_t code;
+  Handler handler;
+};
+
+constexpr Function kFunctions[] = {
+    {QM_CALL_NOP, by<nop>},
+    {QM_CALL_LISTMODULESW, by<list_modules_wide>},
+    {QM_CALL_LISTMODULESA, by<list_modules_narrow>},
+    {QM_CALL_RESOLVEHANDLE, by<handle_resolve>},
+
+    {QM_CALL_GETERRORW, by<get_error_wide>},
+    {QM_CALL_GETERRORA, by<get_error_narrow>},
+    {QM_CALL_SETERRORW, by<set_error_wide>},
+    {QM_CALL_SETERRORA, by<set_error_narrow>},
+    {QM_CALL_PUSHERROR, by<push_error>},
+    {QM_CALL_POPERROR, by<pop_error>},
+    {QM_CALL_ADDERRORTEXTS, by<add_error_texts>},
+
+    {QM_CALL_REALLOC, by<memory_realloc>},
+    {QM_CALL_MEMSIZE, by<memory_size>},
+    {QM_CALL_REALLOCPOS, by<memory_realloc_position>},
+    {QM_CALL_MEMCHECK, by<memory_check>},
+    {QM_CALL_MEMINFO, by<memory_info>},
+
+    {QM_CALL_OPENMODULEW, by<open_module_wide>},
+    {QM_CALL_OPENMODULEA, by<open_module_narrow>},
+    {QM_CALL_CLOSEHANDLE, by<handle_release>},
+    {QM_CALL_GETKERNELINFO, by<kernel_info>},
+    {QM_CALL_CLOSE, by<announce_close>},
+    {QM_CALL_REFHANDLE, by<handle_reference>},
+    {QM_CALL_UNREFHANDLE, by<handle_release>},
+    {QM_CALL_VERSIONINFOW, by<version_info_wide>},
+    {QM_CALL_VERSIONINFOA, by<version_info_narrow>},
+};
+
+constexpr bool rising =
+    std::ranges::is_sorted(kFunctions, std::ranges::less_equal{}, &Function::code);
+static_assert(rising, "one row per code, in the order of the codes");
+
+}  // namespace
+
+std::int32_t serve(std::uint32_t function, void* params) {
+  const Function* row = std::ranges::lower_bound(kFunctions, function, {}, &Function::code);
+  if (row == std::end(kFunctions) || row->code != function) {
+    return fail(QM_ERROR_ARGUMENT, QM_W("(function=%08x?,handle=%08x)"), function, 0);
+  }
+  return row->handler(params);
+}
+
+}  // namespace qmsd

@@ -1,0 +1,43 @@
+// One handle: what it is bound to and how many hold it.
+#pragma once
+
+#include <cstdint>
+
+#include "include/qmsd7.h"
+#include "kernel/base/semaphore.h"
+#include "modules/library_search.h"
+#include "services/text/text.h"
+
+namespace qmsd {
+
+enum class OwnerKind : std::int32_t { unbound = -1, module_instance = 1 };
+
+struct HandleRecord {
+  HandleRecord(std::uint32_t handle_value, std::uint32_t creation_order) noexcept
+      : handle(handle_value), sequence(creation_order) {}
+
+  OwnerKind kind = OwnerKind::unbound;
+  OwnedText owner_name;            // set when the handle is bound
+  const std::uint32_t handle;      // what callers hold
+  std::uint32_t owner_handle = 0;  // what the owner calls the same object
+  Semaphore guard{LockRank::handle_guard};
+  std::int32_t references = 1;  // guarded: calls count up under the table's read lock
+  std::uint32_t sequence;       // creation order, which is the order of closing at teardown
+};
+
+// The owner as a call needs it after the table's lock is left: the record may die meanwhile.
+struct HandleOwner {
+  OwnerKind kind;
+  std::uint32_t handle;
+  qm_wchar name[kModuleTextLength];
+};
+
+// Adds a reference. The table's lock is held.
+void add_reference(HandleRecord& record);
+// Drops a reference and tells whether it was the last. The table's lock is held.
+bool drop_reference(HandleRecord& record);
+void describe_owner(const HandleRecord& record, HandleOwner& owner);
+// Closes the owner's side of an object; its result is of no interest. No lock may be held.
+void close_owner(const HandleRecord& record);
+
+}  // namespace qmsd

@@ -1,0 +1,214 @@
+// The handle table: routes calls through handles and closes what is left at the end.
+#include "kernel/entry/handle_table.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <utility>
+
+#include "kernel/base/rw_lock.h"
+#include "kernel/entry/handle_list.h"
+#include "kernel/entry/handle_record.h"
+#include "kernel/errors/error_state.h"
+#include "modules/registry.h"
+#include "platform/heap.h"
+#include "services/tables/group_table.h"
+#include "services/text/strings.h"
+
+namespace qmsd {
+namespace {
+
+struct HandleTable {
+  RwLock lock{LockRank::handle_table};
+  HandleList list;
+};
+
+// Handles closed at teardown beyond those that lived when it began.
+constexpr std::size_t kLateCloses = 1000;
+
+std::atomic<HandleTable*> g_handles{nullptr};
+
+HandleTable* table() { return g_handles.load(std::memory_order_acquire); }
+
+constexpr bool is_group_handle(std::uint32_t handle) { return handle > kLastHandle; }
+
+bool fail_unknown(std::uint32_t handle) {
+  return fail(QM_ERROR_NOT_FOUND, QM_W("(handle=%08x)"), handle);
+}
+
+// Finds the handle and adds the reference that keeps it alive while its owner works. `live` is the
+// number of handles at that moment.
+bool borrow(std::uint32_t handle, HandleOwner& owner, std::int32_t& live) {
+  live = 0;
+  HandleTable* handles = table();
+  if (handles == nullptr) return false;
+  const ReadGuard guard(handles->lock);
+  live = static_cast<std::int32_t>(handles->list.size());
+  HandleRecord* record = handles->list.find(handle);
+  if (record == nullptr) return false;
+  add_reference(*record);
+  describe_owner(*record, owner);
+  return true;
+}
+
+HandleList::Owner take_oldest(HandleTable& handles) {
+  const WriteGuard guard(handles.lock);
+  return handles.list.remove_oldest();
+}
+
+bool call_group(std::uint32_t handle, std::uint32_t code, void* record) {
+  qm_wchar name[kGroupNameLength];
+  if (!groups_lookup(static_cast<std::uint16_t>(handle), name)) {
+    return fail(QM_ERROR_ARGUMENT, QM_W("modname?(h=%08x)"), handle);
+  }
+  return registry_call(name, 0, code, record, UseMode::group) != 0;
+}
+
+}  // namespace
+
+bool handles_create() {
+  g_handles.store(platform::heap_new<HandleTable>().release(), std::memory_order_release);
+  return table() != nullptr;
+}
+
+void handles_destroy() {
+  const platform::HeapOwner<HandleTable> handles(table());
+  if (!handles) return;
+  // Modules may open handles while theirs are closed, but not keep the shutdown going for ever.
+  std::size_t closes_left = kLateCloses;
+  {
+    const ReadGuard guard(handles->lock);
+    closes_left += handles->list.size();
+  }
+  while (const HandleList::Owner oldest = take_oldest(*handles)) {
+    if (closes_left == 0) continue;
+    --closes_left;
+    close_owner(*oldest);
+  }
+  g_handles.store(nullptr, std::memory_order_release);
+}
+
+std::uint32_t handle_issue() {
+  HandleTable* handles = table();
+  if (handles == nullptr) return 0;
+  const WriteGuard guard(handles->lock);
+  const HandleRecord* record = handles->list.add();
+  return record == nullptr ? 0 : record->handle;
+}
+
+bool handle_bind(std::uint32_t handle, const qm_wchar* owner_name, std::uint32_t owner_handle) {
+  OwnedText name = copy_text(owner_name);
+  if (!name) return fail(QM_ERROR_NO_MEMORY);
+  if (HandleTable* handles = table()) {
+    const WriteGuard guard(handles->lock);
+    HandleRecord* record = handles->list.find(handle);
+    if (record != nullptr && record->kind == OwnerKind::unbound) {
+      record->kind = OwnerKind::module_instance;
+      record->owner_name = std::move(name);
+      record->owner_handle = owner_handle;
+      return true;
+    }
+  }
+  return fail(QM_ERROR_ARGUMENT);
+}
+
+bool handle_drop(std::uint32_t handle, bool& was_last) {
+  was_last = false;
+  HandleTable* handles = table();
+  if (handles == nullptr) return fail_unknown(handle);
+  WriteGuard guard(handles->lock);
+  HandleRecord* record = handles->list.find(handle);
+  if (record == nullptr) {
+    guard.unlock();
+    return fail_unknown(handle);
+  }
+  if (!drop_reference(*record)) return true;
+  const HandleList::Owner last = handles->list.remove(handle);
+  guard.unlock();
+  close_owner(*last);
+  was_last = true;
+  return true;
+}
+
+bool handle_call(std::uint32_t handle, std::uint32_t code, void* record) {
+  if (is_group_handle(handle)) return call_group(handle, code, record);
+  HandleOwner owner;
+  std::int32_t live;
+  if (!borrow(handle, owner, live)) {
+    return fail(QM_ERROR_ARGUMENT, QM_W("(Closed handle: %08x, cmd=%08x, nhs: %i)"), handle, code,
+                live);
+  }
+  bool done = false;
+  if (owner.kind == OwnerKind::module_instance) {
+    done = registry_call(owner.name, owner.handle, code, record, UseMode::instance) != 0;
+  } else {
+    fail(QM_ERROR_ARGUMENT, QM_W("(handle->type?=%08x)"), owner.kind);
+  }
+  bool was_last;
+  return handle_drop(handle, was_last) && done;
+}
+
+bool handle_resolve(qm_resolve_handle* record) {
+  if (table() == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("Not opened modules"));
+  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+  HandleOwner owner;
+  std::int32_t live;
+  if (!borrow(record->handle, owner, live)) return fail_unknown(record->handle);
+  record->owner_handle = owner.handle;
+  record->library = nullptr;
+  record->entry = nullptr;
+  if (owner.kind == OwnerKind::module_instance &&
+      registry_resolve(owner.name, record->library, record->entry)) {
+    return true;
+  }
+  // The caller cannot know of the reference, so it is not left to him.
+  bool was_last;
+  handle_drop(record->handle, was_last);
+  return fail(QM_ERROR_ARGUMENT);
+}
+
+bool handle_reference(qm_handle_ref* record) {
+  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+  HandleOwner owner;
+  std::int32_t live;
+  return borrow(record->handle, owner, live) || fail_unknown(record->handle);
+}
+
+bool handle_release(qm_handle_ref* record) {
+  // Modules that are closed late in the shutdown may still give their handles back.
+  if (table() == nullptr) return true;
+  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+  bool was_last;
+  if (!handle_drop(record->handle, was_last)) return false;
+  if (was_last) record->handle = 0;
+  return true;
+}
+
+qmString handle_statistics() {
+  constexpr std::int64_t kTableSize = 56;
+  constexpr std::int64_t kRecordSize = 32;
+  static std::atomic<std::int32_t> last_count{0};
+  static std::atomic<std::int64_t> last_size{0};
+
+  std::int32_t count = 0;
+  std::int64_t size = kTableSize;
+  if (HandleTable* handles = table()) {
+    const ReadGuard guard(handles->lock);
+    for (const HandleRecord* record : handles->list) {
+      ++count;
+      size += kRecordSize;
+      if (!record->owner_name) continue;
+      size += 2 * (static_cast<std::int64_t>(view_of(record->owner_name.get()).size()) + 1);
+    }
+  }
+  char text[160];
+  const int length = format_narrow(
+      text, sizeof text, "[QMHANDLES] nhandles: %i (%i), allsize: %lli (%lli) bytes\n", count,
+      count - last_count.exchange(count), size, size - last_size.exchange(size));
+  qmString line;
+  if (length <= 0 || !line.assign(text)) throw std::runtime_error("Error during formatting.");
+  return line;
+}
+
+}  // namespace qmsd

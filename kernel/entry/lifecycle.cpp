@@ -1,0 +1,126 @@
+// Start-up and shutdown: every subsystem up and down in one fixed order.
+#include "kernel/entry/lifecycle.h"
+
+#include <atomic>
+#include <clocale>
+#include <cstddef>
+
+#include "include/qmsd7.h"
+#include "kernel/base/semaphore.h"
+#include "kernel/base/trace.h"
+#include "kernel/entry/handle_table.h"
+#include "kernel/errors/error_state.h"
+#include "memory/tracked_allocator.h"
+#include "modules/registry.h"
+#include "modules/table_loader.h"
+#include "platform/environment.h"
+#include "platform/library.h"
+#include "platform/runtime_text.h"
+#include "services/tables/error_texts.h"
+#include "services/tables/group_table.h"
+
+namespace qmsd {
+namespace {
+
+std::atomic<bool> g_closed{false};
+std::atomic<bool> g_tables_loaded{false};
+std::atomic<bool> g_numeric_locale_pending{false};
+
+constexpr std::size_t kApplicationNameSize = 260;
+char g_application_name[kApplicationNameSize];
+const char* g_application_name_in_use = "NOAPP";
+
+// The numeric category has no variable on purpose: numbers are read and written the "C" way.
+constexpr struct {
+  const char* variable;
+  int category;
+} kLocaleVariables[] = {
+    {"LANG", LC_ALL},       {"LC_ALL", LC_ALL},           {"LC_COLLATE", LC_COLLATE},
+    {"LC_CTYPE", LC_CTYPE}, {"LC_MONETARY", LC_MONETARY}, {"LC_TIME", LC_TIME},
+};
+
+// A value that the runtime refuses changes nothing, but still counts as a choice of the user.
+void set_locale_from_environment() {
+  bool chosen = false;
+  for (const auto& row : kLocaleVariables) {
+    char value[512];
+    const platform::Variable found = platform::read_variable(row.variable, value, sizeof value);
+    if (found == platform::Variable::missing) continue;
+    chosen = true;
+    if (found == platform::Variable::present) std::setlocale(row.category, value);
+  }
+  if (!chosen) std::setlocale(LC_ALL, "");
+  std::setlocale(LC_NUMERIC, "C");
+}
+
+// Right before a table goes. A line that could not be made is no reason to stop the shutdown.
+template <class Statistics>
+void report([[maybe_unused]] Statistics statistics) {
+  if constexpr (kTracing) {
+    try {
+      trace("%s", statistics().c_str());
+    } catch (...) {
+      trace("no statistics");
+    }
+  }
+}
+
+}  // namespace
+
+void attach() {
+  g_closed = false;
+  g_tables_loaded = false;
+  platform::warm_up_runtime();
+  set_locale_from_environment();
+  errors_create();
+  error_keys_create();
+  tracked_create();
+  handles_create();
+  registry_create();
+  groups_create();
+  load_tables_once();
+}
+
+void detach(bool process_ends) {
+  if (process_ends) give_up_waiting();
+  if (!kernel_closed()) qm_call(0, QM_CALL_CLOSE, nullptr);
+  report(handle_statistics);
+  handles_destroy();
+  report(registry_statistics);
+  registry_destroy();
+  groups_destroy();
+  report(tracked_statistics);
+  tracked_destroy();
+  error_keys_destroy();
+  errors_destroy();
+  trace("--- qmsd closed");
+  g_closed = true;
+}
+
+void thread_attach() noexcept { error_thread_reset(); }
+void thread_detach() noexcept { error_thread_clear(); }
+
+void capture_application_name() noexcept {
+  platform::executable_name(g_application_name, kApplicationNameSize);
+  g_application_name[kApplicationNameSize - 1] = 0;
+  // The name in use keeps its directory: two installations of one host must tell apart in logs.
+  g_application_name_in_use = g_application_name[0] != 0 ? g_application_name : "NOAPP";
+}
+
+const char* application_name() noexcept { return g_application_name_in_use; }
+
+bool kernel_closed() noexcept { return g_closed.load(std::memory_order_relaxed); }
+
+void load_tables_once() {
+  if (g_tables_loaded.load(std::memory_order_relaxed) || g_tables_loaded.exchange(true)) return;
+  errors_load();
+  groups_load();
+  g_numeric_locale_pending = true;
+}
+
+void pin_numeric_locale_once() noexcept {
+  if (!g_numeric_locale_pending.load(std::memory_order_relaxed)) return;
+  if (g_numeric_locale_pending.exchange(false)) std::setlocale(LC_NUMERIC, "C");
+}
+
+}  // namespace qmsd

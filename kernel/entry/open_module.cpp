@@ -1,0 +1,121 @@
+// Opening a module instance.
+#include "kernel/entry/open_module.h"
+
+#include <cstdint>
+
+#include "kernel/base/trace.h"
+#include "kernel/entry/handle_table.h"
+#include "kernel/errors/error_state.h"
+#include "modules/registry.h"
+#include "platform/heap.h"
+#include "services/text/strings.h"
+#include "services/text/text.h"
+
+namespace qmsd {
+namespace {
+
+// A module may define fields behind the three that the kernel knows, so it has to see the caller's
+// own record. Name and group are lent to it as copies, which an alias may replace, and the caller's
+// pointers come back at the end.
+class LentRecord {
+ public:
+  explicit LentRecord(qm_open_module_w& record)
+      : record_(record), name_(record.name), group_(record.group) {
+    record_.name = copy(name_);
+    record_.group = copy(group_);
+    record_.handle = 0;
+  }
+  ~LentRecord() {
+    platform::heap_free(const_cast<qm_wchar*>(record_.name));
+    platform::heap_free(const_cast<qm_wchar*>(record_.group));
+    record_.name = name_;
+    record_.group = group_;
+  }
+  LentRecord(const LentRecord&) = delete;
+  LentRecord& operator=(const LentRecord&) = delete;
+
+  bool complete() const {
+    return record_.name != nullptr && (record_.group != nullptr) == (group_ != nullptr);
+  }
+  const qm_wchar* asked_name() const { return name_; }
+
+ private:
+  static const qm_wchar* copy(const qm_wchar* text) {
+    return text == nullptr ? nullptr : copy_text(text).release();
+  }
+
+  qm_open_module_w& record_;
+  const qm_wchar* const name_;
+  const qm_wchar* const group_;
+};
+
+// Takes an issued handle back unless it was bound.
+class IssuedHandle {
+ public:
+  IssuedHandle() : value_(handle_issue()) {}
+  ~IssuedHandle() {
+    if (value_ == 0) return;
+    const SavedError error;
+    bool was_last;
+    handle_drop(value_, was_last);
+  }
+  IssuedHandle(const IssuedHandle&) = delete;
+  IssuedHandle& operator=(const IssuedHandle&) = delete;
+
+  std::uint32_t value() const { return value_; }
+  std::uint32_t keep() { return std::exchange(value_, 0); }
+
+ private:
+  std::uint32_t value_;
+};
+
+void close_instance(const qm_wchar* name, std::uint32_t owner_handle) {
+  const SavedError error;
+  qm_handle_ref closing{owner_handle};
+  registry_call(name, owner_handle, QM_CALL_CLOSEHANDLE, &closing, UseMode::instance);
+}
+
+// The handle of the opened and bound instance, or 0 with an error.
+std::uint32_t open_instance(qm_open_module_w& record) {
+  const LentRecord lent(record);
+  if (!lent.complete()) return fail(QM_ERROR_NO_MEMORY);
+  IssuedHandle handle;
+  if (handle.value() == 0) return fail(QM_ERROR_NO_MEMORY);
+  if (registry_call(lent.asked_name(), 0, QM_CALL_OPENMODULEW, &record, UseMode::instance) == 0) {
+    return 0;
+  }
+  if (!handle_bind(handle.value(), record.name, record.handle)) {
+    close_instance(record.name, record.handle);
+    return 0;
+  }
+  return handle.keep();
+}
+
+}  // namespace
+
+bool open_module_wide(qm_open_module_w* record) {
+  const bool asked = record != nullptr && record->name != nullptr;
+  if (!asked) fail(QM_ERROR_ARGUMENT, QM_W("(!ptr || !name)"));
+  const std::uint32_t handle = asked ? open_instance(*record) : 0;
+  if (record != nullptr) record->handle = handle;
+  if (handle == 0) {
+    trace("--- qmapi_open_module error (name: %ls)", asked ? record->name : QM_W(""));
+  }
+  return handle != 0;
+}
+
+bool open_module_narrow(qm_open_module_a* record) {
+  if (record == nullptr) return open_module_wide(nullptr);
+  record->handle = 0;
+  const OwnedText name = wcs_dup_from_mbs(record->name);
+  const OwnedText group = wcs_dup_from_mbs(record->group);
+  if ((record->name != nullptr && !name) || (record->group != nullptr && !group)) {
+    return fail(QM_ERROR_NO_MEMORY);
+  }
+  qm_open_module_w wide{name.get(), group.get(), 0};
+  const bool opened = open_module_wide(&wide);
+  record->handle = wide.handle;
+  return opened;
+}
+
+}  // namespace qmsd
