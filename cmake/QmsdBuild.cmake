@@ -19,8 +19,13 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 find_program(QMSD_CCACHE ccache)
 if(QMSD_CCACHE)
-  set(CMAKE_C_COMPILER_LAUNCHER ${QMSD_CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${QMSD_CCACHE})
+  # Another checkout of the same sources finds the same objects; precompiled headers are cached too.
+  set(launcher ${CMAKE_COMMAND} -E env
+    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
+    CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_ctime,include_file_mtime
+    ${QMSD_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
 find_package(Threads REQUIRED)
@@ -43,6 +48,15 @@ if(WIN32)
   target_compile_options(qmsd_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
   target_link_options(qmsd_options INTERFACE -static)
 endif()
+if(QMSD_COVERAGE)
+  target_compile_options(qmsd_options INTERFACE --coverage -fprofile-abs-path -fprofile-update=atomic)
+  target_link_options(qmsd_options INTERFACE --coverage)
+endif()
+if(QMSD_FUZZ)
+  # The kernel reports its coverage to the fuzzer; the fuzzer itself is linked into each target.
+  target_compile_options(qmsd_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(qmsd_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 if(QMSD_SANITIZE)
   target_compile_options(qmsd_options INTERFACE
     -fsanitize=${QMSD_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -57,6 +71,10 @@ function(qmsd_room name)
     file(GLOB found CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${directory}/*.cpp")
     list(APPEND sources ${found})
   endforeach()
+  if(NOT sources)  # A room that is still empty.
+    set(sources "${CMAKE_BINARY_DIR}/empty.cpp")
+    file(WRITE ${sources} "")
+  endif()
   add_library(qmsd_${name} STATIC ${sources})
   target_link_libraries(qmsd_${name} PUBLIC qmsd_options)
   foreach(room IN LISTS ROOM_USES)

@@ -1,0 +1,67 @@
+# The test suites: one per build, each built, run by ctest and counted.
+
+readonly SUITES=(windows linux asan tsan)
+PASSED=0
+FAILED=0
+BROKEN=()
+
+ensure_test_packages() {
+  local packages=("${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}")
+  [[ " $* " != *\ windows\ * ]] || packages+=("${WINDOWS_PACKAGES[@]}" "${WINE_PACKAGES[@]}")
+  [[ " $* " != *\ checks\ * ]] || packages+=("${LAYER_PACKAGES[@]}" "${FORMAT_PACKAGES[@]}")
+  ensure_packages "${packages[@]}"
+}
+
+# count_results LOG: adds up ctest's summary; false when there is none or no test ran.
+count_results() {
+  local line pattern='([0-9]+) tests failed out of ([0-9]+)'
+  line=$(grep -E "$pattern" "$1" | tail -n 1)
+  [[ $line =~ $pattern ]] || return 1
+  FAILED=$((FAILED + BASH_REMATCH[1]))
+  PASSED=$((PASSED + BASH_REMATCH[2] - BASH_REMATCH[1]))
+  ((BASH_REMATCH[2] > 0))
+}
+
+# run_suite NAME: a suite that cannot be built or run at all counts as broken.
+run_suite() {
+  local name=$1 preset log started=$SECONDS
+  preset=$(preset_of "$name")
+  log=$(log_file "$preset-tests")
+  say "Building $preset"
+  build_preset "$preset" -DQMSD_TESTS=ON || { BROKEN+=("$name (build)"); return 0; }
+  say "Testing $preset"
+  ctest --preset "$preset" >"$log" 2>&1 || true
+  # The passing tests are in the log; here go the failures and ctest's own closing lines.
+  grep -vE '^ *(Start +[0-9]+:|[0-9]+/[0-9]+ Test .* Passed )' "$log" || true
+  count_results "$log" || BROKEN+=("$name (tests)")
+  echo "$preset took $((SECONDS - started)) s; full log: build/logs/$(basename "$log")"
+}
+
+run_check() {
+  say "Checking $1"
+  if "$2"; then PASSED=$((PASSED + 1)); else FAILED=$((FAILED + 1)); fi
+}
+
+close_tests() {
+  say "All results"
+  ((${#BROKEN[@]} == 0)) || printf 'could not be run: %s\n' "${BROKEN[@]}"
+  echo "$PASSED passed, $((FAILED + ${#BROKEN[@]})) failed"
+  ((FAILED + ${#BROKEN[@]} == 0))
+}
+
+run_tests() {
+  local name suites=("$@")
+  if ((${#suites[@]})); then
+    for name in "${suites[@]}"; do preset_of "$name" >/dev/null; done
+    ensure_test_packages "${suites[@]}"
+  else
+    suites=("${SUITES[@]}")
+    ensure_test_packages "${suites[@]}" checks
+    run_check "layers" check_layers
+    run_check "text rules" check_text_rules
+    run_check "format" check_format
+  fi
+  [[ " ${suites[*]} " != *\ windows\ * ]] || keep_wine_server "$ROOT/build/wine"
+  for name in "${suites[@]}"; do run_suite "$name"; done
+  close_tests
+}
