@@ -1,0 +1,237 @@
+// The one source of the test modules that knows the operating system.
+#include "tests/modules/module_support.h"
+
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <time.h>
+#include <unistd.h>
+#endif
+
+#define TM_WIDE_OF(text) QM_W(text)
+
+namespace test_module {
+
+extern const char kName[] = TM_NAME;
+extern const qm_wchar kWideName[] = TM_WIDE_OF(TM_NAME);
+
+namespace {
+
+int32_t g_settings[TM_SETTING_COUNT];  // written by TM_SET while other threads may read
+qm_call_fn g_kernel = nullptr;
+
+constexpr tm_setting kOnesAtStart[] = {TM_OPEN_RESULT, TM_CLOSE_RESULT, TM_NOTICE_RESULT,
+                                       TM_CALL_RESULT};
+
+void append_to_file(const char* file, const char* text, size_t size) {
+#ifdef _WIN32
+  const HANDLE out = CreateFileA(file, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                 nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (out == INVALID_HANDLE_VALUE) return;
+  DWORD written;
+  WriteFile(out, text, static_cast<DWORD>(size), &written, nullptr);
+  CloseHandle(out);
+#else
+  const int out = open(file, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+  if (out < 0) return;
+  const ssize_t written = write(out, text, size);
+  (void)written;
+  close(out);
+#endif
+}
+
+// In the order of tm_setting.
+constexpr const char* kSettingNames[TM_SETTING_COUNT] = {
+    "open_result", "open_sleep",  "open_fields",  "open_releases", "close_result",
+    "close_sleep", "close_opens", "notice_sleep", "notice_opens",  "notice_result",
+    "call_result", "load_opens",  "load_sleep",   "unload_calls",  "old_result",
+};
+
+// Takes this module's "NAME.SETTING=VALUE" out of the text.
+void read_settings(const char* text) {
+  for (int32_t which = 0; which < TM_SETTING_COUNT; ++which) {
+    char key[96];
+    const int size = snprintf(key, sizeof key, "%s.%s=", kName, kSettingNames[which]);
+    const char* at = strstr(text, key);
+    if (at == nullptr || (at != text && at[-1] != ' ')) continue;
+    set(static_cast<tm_setting>(which), static_cast<int32_t>(strtol(at + size, nullptr, 0)));
+  }
+}
+
+// What a module's clean-up code may try while the kernel unloads it.
+void call_while_unloading() {
+  if (g_kernel == nullptr) return;
+  qm_open_module_w open{QM_W("tm_plain"), nullptr, 0};
+  call_kernel(0, QM_CALL_OPENMODULEW, &open);
+  qm_handle_ref handle{0x10000};
+  call_kernel(0, QM_CALL_CLOSEHANDLE, &handle);
+  qm_realloc block{nullptr, 16};
+  if (call_kernel(0, QM_CALL_REALLOC, &block) != 0) {
+    block.size = 0;
+    call_kernel(0, QM_CALL_REALLOC, &block);
+  }
+}
+
+void on_load() {
+  for (const tm_setting which : kOnesAtStart) set(which, 1);
+  static char text[4096];
+#ifdef TM_DEFAULTS
+  read_settings(TM_DEFAULTS);
+#endif
+  environment("TM_SETTINGS", text, sizeof text);
+  read_settings(text);
+  environment("TM_KERNEL", text, sizeof text);
+  if (text[0] != 0) g_kernel = reinterpret_cast<qm_call_fn>(strtoull(text, nullptr, 16));
+  journal("load");
+  if (setting(TM_LOAD_SLEEP) != 0) sleep(setting(TM_LOAD_SLEEP));
+  if (setting(TM_LOAD_OPENS) != 0 && g_kernel != nullptr) open_module(kWideName);
+}
+
+void on_unload() {
+  journal("unload");
+  if (setting(TM_UNLOAD_CALLS) != 0) call_while_unloading();
+}
+
+}  // namespace
+
+int32_t setting(tm_setting which) { return __atomic_load_n(&g_settings[which], __ATOMIC_RELAXED); }
+void set(tm_setting which, int32_t value) {
+  __atomic_store_n(&g_settings[which], value, __ATOMIC_RELAXED);
+}
+
+void journal(const char* format, ...) {
+  char file[512];
+  environment("TM_JOURNAL", file, sizeof file);
+  if (file[0] == 0) return;
+  char line[1024];
+  int size = snprintf(line, sizeof line, "%s ", kName);
+  va_list arguments;
+  va_start(arguments, format);
+  size += vsnprintf(line + size, sizeof line - static_cast<size_t>(size) - 1, format, arguments);
+  va_end(arguments);
+  size_t length = strlen(line);
+  line[length++] = '\n';
+  append_to_file(file, line, length);
+  (void)size;
+}
+
+const char* show(const qm_wchar* text, char* buffer, size_t size) {
+  if (text == nullptr) return "(null)";
+  char* out = buffer;
+  char* const last = buffer + size - 8;
+  for (; *text != 0 && out < last; ++text) {
+    const unsigned unit = static_cast<unsigned>(*text);
+    if (unit >= 0x20 && unit < 0x7F) {
+      *out++ = static_cast<char>(unit);
+    } else {
+      out += snprintf(out, 8, "\\u%04X", unit);
+    }
+  }
+  *out = 0;
+  return buffer;
+}
+
+void sleep(int32_t milliseconds) {
+#ifdef _WIN32
+  Sleep(static_cast<DWORD>(milliseconds));
+#else
+  const timespec time{milliseconds / 1000, milliseconds % 1000 * 1000000L};
+  nanosleep(&time, nullptr);
+#endif
+}
+
+void environment(const char* name, char* buffer, size_t size) {
+#ifdef _WIN32
+  const DWORD length = GetEnvironmentVariableA(name, buffer, static_cast<DWORD>(size));
+  if (length == 0 || length >= size) buffer[0] = 0;
+#else
+  const char* value = getenv(name);
+  snprintf(buffer, size, "%s", value == nullptr ? "" : value);
+#endif
+}
+
+qm_call_fn kernel() { return g_kernel; }
+void set_kernel(qm_call_fn entry) { g_kernel = entry; }
+
+int32_t call_kernel(uint32_t handle, uint32_t code, void* record) {
+  const int32_t result = g_kernel(handle, code, record);
+  const int32_t error = result == 0 ? g_kernel(0, QM_CALL_GETERRORW, nullptr) : 0;
+  journal("nested %08x result=%d error=%x", code, result, static_cast<unsigned>(error));
+  return result;
+}
+
+void open_module(const qm_wchar* name) {
+  qm_open_module_w record{name, nullptr, 0};
+  call_kernel(0, QM_CALL_OPENMODULEW, &record);
+}
+
+bool answer_common(uint32_t code, void* params, int32_t& result) {
+  const auto number = [params] { return static_cast<tm_number*>(params)->number; };
+  result = 1;
+  switch (code) {
+    case TM_SET: {
+      const tm_set* change = static_cast<tm_set*>(params);
+      set(static_cast<tm_setting>(change->setting), change->value);
+      return true;
+    }
+    case TM_RESULT:
+      result = number();
+      return true;
+    case TM_SLEEP:
+      sleep(number());
+      return true;
+    case TM_FAIL: {
+      qm_set_error_w error{QM_SET_ERROR_LITERAL, number(), QM_W("from the module"), nullptr};
+      g_kernel(0, QM_CALL_SETERRORW, &error);
+      result = 0;
+      return true;
+    }
+    case TM_ALLOCATE:
+      result = g_kernel(0, QM_CALL_REALLOC, params);
+      return true;
+    case TM_FORWARD: {
+      tm_forward* call = static_cast<tm_forward*>(params);
+      call->result = g_kernel(call->handle, call->code, call->record);
+      return true;
+    }
+    default:
+      return false;
+  }
+}
+
+int32_t take_notice(const qm_kernel_entry* entry) {
+  g_kernel = entry->entry;
+  journal("notice entry=%d", g_kernel(0, QM_CALL_NOP, nullptr));
+  if (setting(TM_NOTICE_OPENS) != 0) open_module(kWideName);
+  if (setting(TM_NOTICE_SLEEP) != 0) {
+    sleep(setting(TM_NOTICE_SLEEP));
+    journal("notice done");
+  }
+  return setting(TM_NOTICE_RESULT);
+}
+
+#ifndef _WIN32
+namespace {
+[[gnu::constructor]] void load_library() { on_load(); }
+[[gnu::destructor]] void unload_library() { on_unload(); }
+}  // namespace
+#else
+void load_library() { on_load(); }
+void unload_library() { on_unload(); }
+#endif
+
+}  // namespace test_module
+
+#ifdef _WIN32
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
+  if (reason == DLL_PROCESS_ATTACH) test_module::load_library();
+  if (reason == DLL_PROCESS_DETACH) test_module::unload_library();
+  return TRUE;
+}
+#endif
