@@ -1,5 +1,6 @@
 // The one door through which the kernel allocates, so that a test can close it.
 // Blocks are plain runtime blocks (malloc/free); nothing here is ever freed by the other side.
+// Any thread may call anything at any time; a block is freed by whoever owns it, on any thread.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +10,16 @@
 
 namespace qmsd::platform {
 
-// Null when memory is exhausted. Not noexcept: a test's gate may throw.
+// Null, with errno ENOMEM, when memory is exhausted. Not noexcept: a test's gate may throw.
+// 0 bytes give a block too.
 [[nodiscard]] void* heap_allocate(std::size_t bytes);
 [[nodiscard]] void* heap_allocate_zeroed(std::size_t bytes);
-// The old block stays valid when null is returned. `bytes` is above 0.
+// The old block stays valid when null is returned. `bytes` is above 0; a null block is allocated.
 [[nodiscard]] void* heap_reallocate(void* block, std::size_t bytes);
 // Null is allowed. Keeps errno and the thread's last system error.
 void heap_free(void* block) noexcept;
 
-// Asked before each allocation; false makes it fail. Null removes the gate.
+// Asked before each allocation, by any thread; false makes it fail. Null removes the gate.
 using AllocationGate = bool (*)(std::size_t bytes);
 void set_allocation_gate(AllocationGate gate) noexcept;
 
@@ -37,9 +39,11 @@ struct HeapDelete {
 template <class T>
 using HeapOwner = std::unique_ptr<T, HeapDelete<T>>;
 
-// Null when memory is exhausted.
+// Null when memory is exhausted. `T` must not throw while it is made, nor want more alignment than
+// the runtime's blocks have.
 template <class T, class... Arguments>
 [[nodiscard]] HeapOwner<T> heap_new(Arguments&&... arguments) {
+  static_assert(alignof(T) <= alignof(std::max_align_t));
   void* memory = heap_allocate(sizeof(T));
   if (memory == nullptr) return nullptr;
   return HeapOwner<T>(::new (memory) T(std::forward<Arguments>(arguments)...));

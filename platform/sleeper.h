@@ -6,10 +6,12 @@
 
 namespace qmsd::platform {
 
-// Each wake(n) lets n sleeps through, whether they began before or after it.
+// Each wake(n) lets n sleeps through, whether they began before or after it. What a thread did
+// before its wake() is seen by the threads it lets through. Nothing here fails: without a system
+// object sleepers poll. A sleeper may be destroyed as soon as nobody sleeps, and never waits then.
 class Sleeper {
  public:
-  Sleeper() noexcept = default;
+  constexpr Sleeper() noexcept = default;
   ~Sleeper();
   Sleeper(const Sleeper&) = delete;
   Sleeper& operator=(const Sleeper&) = delete;
@@ -18,8 +20,9 @@ class Sleeper {
   void wake(std::uint32_t threads) noexcept;
 
  private:
-  // The operating system's object (Windows: made at the first use) or the token count itself.
-  std::atomic<void*> object_{nullptr};
+  // Windows: the semaphore that holds the tokens, made at the first use.
+  [[maybe_unused]] std::atomic<void*> object_{nullptr};
+  // The tokens where there is no such object.
   std::atomic<std::uint32_t> tokens_{0};
 };
 

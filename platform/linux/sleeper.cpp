@@ -1,0 +1,42 @@
+// A futex on the token count: nobody enters the system as long as there are tokens.
+#include "platform/sleeper.h"
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+
+namespace qmsd::platform {
+namespace {
+
+bool take_token(std::atomic<std::uint32_t>& tokens) {
+  std::uint32_t left = tokens.load(std::memory_order_relaxed);
+  while (left != 0) {
+    if (tokens.compare_exchange_weak(left, left - 1, std::memory_order_acquire)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+Sleeper::~Sleeper() = default;
+
+void Sleeper::sleep() noexcept {
+  // Waiting returns at once if the count is no longer 0, so no wake is missed.
+  while (!take_token(tokens_)) {
+    ::syscall(SYS_futex, &tokens_, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
+  }
+}
+
+void Sleeper::wake(std::uint32_t threads) noexcept {
+  if (threads == 0) return;
+  tokens_.fetch_add(threads, std::memory_order_release);
+  // A thread let through may have destroyed the sleeper by now; the system takes the address only
+  // as a name, and a thread woken in error looks at its count again.
+  const int woken = static_cast<int>(std::min<std::uint32_t>(threads, INT_MAX));
+  ::syscall(SYS_futex, &tokens_, FUTEX_WAKE_PRIVATE, woken, nullptr, nullptr, 0);
+}
+
+}  // namespace qmsd::platform
