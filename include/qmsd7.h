@@ -393,6 +393,185 @@ typedef struct qm_module_version {
   qm_version_props* props; /* out                                                                */
 } qm_module_version;
 
+/* ---- Records: variants -----------------------------------------------------------------------
+ * A variant is a reference-counted value owned by the kernel: scalar, array, text, binary block,
+ * object reference or container, with a name, an id and a list of attribute variants. It is used
+ * through its address only. Every variant handed out carries a reference for the caller, who gives
+ * it back with QM_CALL_VARIANTRELEASE.                                                          */
+
+typedef struct qm_variant qm_variant;
+
+/* Type codes. */
+enum {
+  QM_TYPE_EMPTY = 0,
+  QM_TYPE_SIGNED = 1,           /* size 1, 2, 4 or 8 bytes; 0 is a number without width, value 0 */
+  QM_TYPE_UNSIGNED = 2,         /*                                                               */
+  QM_TYPE_FLOATING = 3,         /* size 4 or 8 (or 0)                                            */
+  QM_TYPE_DATETIME = 4,         /* size 8 (or 0): a packed date-time                             */
+  QM_TYPE_EMPTY_ARRAY = 64,     /* cannot be created                                             */
+  QM_TYPE_SIGNED_ARRAY = 65,    /* size is that of an element                                    */
+  QM_TYPE_UNSIGNED_ARRAY = 66,
+  QM_TYPE_FLOATING_ARRAY = 67,
+  QM_TYPE_DATETIME_ARRAY = 68,
+  QM_TYPE_CONTAINER = 128,      /* created empty; size counts its items                          */
+  QM_TYPE_BINARY = 129,         /* size in bytes                                                 */
+  QM_TYPE_TEXT = 130,           /* narrow; size in bytes, terminator included                    */
+  QM_TYPE_WIDE_TEXT = 131,      /* size in characters, terminator included                       */
+  QM_TYPE_OBJECT = 132,         /* size is the number of code words                              */
+  QM_TYPE_TEXT_AUTO = 4226,     /* narrow text that may turn out to be a number or a date-time   */
+  QM_TYPE_TEXT_UTF8 = 8322,     /* UTF-8 text, becomes wide text                                 */
+  QM_TYPE_WIDE_TEXT_AUTO = 4227,
+  QM_TYPE_WIDE_TEXT_UTF8 = 8323
+};
+
+/* The data record of an object reference: an object that lives in a module.
+ * codes[0] takes a reference on the object, codes[1] gives it back; the kernel calls the module with
+ * the code and the object's value in place of a record.                                         */
+typedef struct qm_object_data {
+  uint32_t value;
+  const qm_wchar* module; /* copied; "" is the kernel itself                                     */
+  uint32_t codes[4];      /* `size` words, at least 4                                            */
+} qm_object_data;
+
+/* QM_CALL_VARIANTCREATE, -RECREATE, -ASSIGN, -ASSIGNVALUE and their -DIRECT twins.
+ * `data` is given exactly when `nitems` is not 0. Create: `variant` is null after a failure.
+ * Recreate: releases the given variant (if any), null after a failure. Assign: exchanges the value of
+ * the given variant in place; on failure nothing changes.
+ * Errors: 22 "(items)", "(type)", "(size)", "(size || nitems)", "(data)", "(cdata)", "(variant)";
+ * 12.                                                                                           */
+typedef struct qm_variant_create {
+  qm_variant* variant;  /* in/out                                                                */
+  int32_t id;           /* in   the creator's own, not interpreted                               */
+  const qm_wchar* name; /* in   copied; may be null                                              */
+  int32_t type;         /* in                                                                    */
+  int32_t size;         /* in                                                                    */
+  int32_t nitems;       /* in   elements of an array, 1 for other values, 0 without data         */
+  const void* data;     /* in   copied; qm_object_data for an object reference                   */
+} qm_variant_create;
+
+/* QM_CALL_VARIANTCOPY: a deep copy in which sharing is kept. A null source gives a null copy. */
+typedef struct qm_variant_copy {
+  qm_variant* source; /* in                                                                      */
+  qm_variant* copy;   /* out  null after a failure                                               */
+} qm_variant_copy;
+
+/* QM_CALL_VARIANTINFO. A null variant gives id -1 and zeros. */
+typedef struct qm_variant_info {
+  qm_variant* variant; /* in                                                                     */
+  int32_t id;          /* out                                                                    */
+  int32_t type;        /* out                                                                    */
+  int32_t size;        /* out                                                                    */
+  int32_t nitems;      /* out  elements of an array, items of a container, 1 for other values    */
+  int32_t nattributes; /* out                                                                    */
+} qm_variant_info;
+
+/* QM_CALL_VARIANTINFONAME. Errors: 22 "(namebuff)" when only one of buffer and length is given. */
+typedef struct qm_variant_info_name {
+  qm_variant* variant; /* in                                                                     */
+  int32_t id;          /* out                                                                    */
+  qm_wchar* name;      /* in   buffer for the name, or null                                      */
+  int32_t length;      /* in   its length in characters                                          */
+  int32_t type;        /* out                                                                    */
+  int32_t size;        /* out                                                                    */
+  int32_t nitems;      /* out                                                                    */
+  int32_t nattributes; /* out                                                                    */
+} qm_variant_info_name;
+
+/* How a child is described in qm_variant_child; tested in this order. */
+enum {
+  QM_FIND_INDEX = 0x2,          /* `index` is given; otherwise it counts as 0                    */
+  QM_FIND_LAST = 0x200,         /* the last child; insertion: append                             */
+  QM_FIND_NTH_OF_ID = 0x4,      /* the index-th child with that id                               */
+  QM_FIND_NTH_OF_NAME = 0x10,   /* the index-th child with that name                             */
+  QM_FIND_NAME_FROM = 0x8,      /* the first child at or after the index with that name          */
+  QM_FIND_ID_FROM = 0x1,        /* the first child at or after the index with that id            */
+  QM_INSERT_AFTER = 0x100       /* insertion: behind the child found                             */
+};
+
+/* Selecting, inserting and removing items and attributes.
+ * Errors: 22 "(parent)", "(type)" no container, "(item)", "(ix)"; 2 no such child; 12.          */
+typedef struct qm_variant_child {
+  qm_variant* holder;   /* in                                                                    */
+  uint32_t flags;       /* in      QM_FIND_ values                                               */
+  int32_t id;           /* in/out  the wanted id; the child's id                                 */
+  int32_t index;        /* in/out  the wanted index; the child's position                        */
+  const qm_wchar* name; /* in      the wanted name; null: unnamed children                       */
+  qm_variant* child;    /* in for insertion, otherwise out                                       */
+} qm_variant_child;
+
+/* QM_CALL_VARIANTATTRIBUTEPOSITION. Errors: 22 "(parent)", "(item)"; 2 not an attribute of it. */
+typedef struct qm_variant_attribute_position {
+  qm_variant* holder;    /* in                                                                   */
+  qm_variant* attribute; /* in                                                                   */
+  int32_t id;            /* out                                                                  */
+  int32_t index;         /* out                                                                  */
+} qm_variant_attribute_position;
+
+/* QM_CALL_VARIANTCONVERT. On failure all fields stay; the target may have been written.
+ * Errors: 22 "(param)", "(type)", "(ix)", "(srclen)", "(tgtlen)", "(target || tgtlen)".         */
+typedef struct qm_variant_convert {
+  qm_variant* source; /* in                                                                      */
+  int32_t id;         /* out     the source's id                                                 */
+  int32_t type;       /* in      type wanted                                                     */
+  int32_t size;       /* in/out  width wanted; what was written: bytes, characters for wide text */
+  int32_t count;      /* in      elements; 0 counts as 1                                         */
+  void* target;       /* in      filled                                                          */
+  int32_t capacity;   /* in      of the target, in bytes                                         */
+} qm_variant_convert;
+
+/* QM_CALL_VARIANTREADARRAY: elements to a buffer. QM_CALL_VARIANTWRITEARRAY: the other way round,
+ * `width` and `type` then describe the buffer's elements.
+ * Errors: 22 "(variant)", "(target || tgtlen)", "(type)", "(ix)", "(srclen)", "(tgtlen)".       */
+typedef struct qm_variant_array {
+  qm_variant* variant; /* in                                                                     */
+  int32_t width;       /* in  of a buffer element, in bytes                                      */
+  int32_t type;        /* in  of the buffer's elements                                           */
+  int32_t first;       /* in  first array element                                                */
+  int32_t count;       /* in  above 0                                                            */
+  void* buffer;        /* in                                                                     */
+  int32_t capacity;    /* in  of the buffer, in bytes                                            */
+} qm_variant_array;
+
+/* QM_CALL_VARIANTPATHW: finds a variant below another by a path such as "L,N=size" or "a/b[2]".
+ * Errors: 22 "(path)", "(root)", "(syntax)", "(parent)", "(type)", "(ix)"; 2 nothing there; each of
+ * the later ones with the position in the path.                                                 */
+typedef struct qm_variant_path_w {
+  qm_variant* root;     /* in                                                                    */
+  const qm_wchar* path; /* in                                                                    */
+  qm_variant* result;   /* out  with a reference for the caller                                  */
+} qm_variant_path_w;
+
+/* QM_CALL_VARIANTPATHA. Errors also: 12 "(mem or char coding)". */
+typedef struct qm_variant_path_a {
+  qm_variant* root;
+  const char* path;
+  qm_variant* result;
+} qm_variant_path_a;
+
+/* QM_CALL_VARIANTPATHVALUEW: finds by path and converts in one call. */
+typedef struct qm_variant_path_value_w {
+  qm_variant* root;     /* in                                                                    */
+  const qm_wchar* path; /* in                                                                    */
+  int32_t id;           /* the rest as in qm_variant_convert                                     */
+  int32_t type;
+  int32_t size;
+  int32_t count;
+  void* target;
+  int32_t capacity;
+} qm_variant_path_value_w;
+
+/* QM_CALL_VARIANTPATHVALUEA. */
+typedef struct qm_variant_path_value_a {
+  qm_variant* root;
+  const char* path;
+  int32_t id;
+  int32_t type;
+  int32_t size;
+  int32_t count;
+  void* target;
+  int32_t capacity;
+} qm_variant_path_value_a;
+
 /* ---- Records: property module -------------------------------------------------------------- */
 
 /* QM_PROPERTY_READW, QM_PROPERTY_LISTW. */
