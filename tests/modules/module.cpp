@@ -2,6 +2,7 @@
 //
 // TM_INFO  what is exported as `qmmoduleinfo`: nothing, or a record of some kind
 // TM_CALL  whether `qm_call` is exported, and what it answers to the question for its information
+// TM_DEFAULTS  the start value of a setting
 #include "tests/modules/module_support.h"
 
 // Values of TM_INFO and TM_CALL.
@@ -12,6 +13,8 @@
 #define TM_nullcall 4  // a basic record without a call entry (TM_INFO only)
 #define TM_norecord 5  // answers 1 without a record (TM_CALL only)
 #define TM_refuses 6   // answers 0 (TM_CALL only)
+
+extern const char test_module::kDefaults[] = TM_DEFAULTS;
 
 namespace {
 
@@ -52,7 +55,7 @@ int32_t close_instance(uint32_t handle) {
     test_module::sleep(test_module::setting(TM_CLOSE_SLEEP));
   if (test_module::setting(TM_CLOSE_OPENS) > 0) {
     test_module::set(TM_CLOSE_OPENS, test_module::setting(TM_CLOSE_OPENS) - 1);
-    test_module::open_module(test_module::kWideName);
+    test_module::open_module(test_module::wide_name());
   }
   return test_module::setting(TM_CLOSE_RESULT);
 }

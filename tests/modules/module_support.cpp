@@ -9,19 +9,17 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <time.h>
 #include <unistd.h>
 #endif
 
-#define TM_WIDE_OF(text) QM_W(text)
-
 namespace test_module {
-
-extern const char kName[] = TM_NAME;
-extern const qm_wchar kWideName[] = TM_WIDE_OF(TM_NAME);
-
 namespace {
+
+char g_name[64];
+qm_wchar g_wide_name[64];
 
 int32_t g_settings[TM_SETTING_COUNT];  // written by TM_SET while other threads may read
 qm_call_fn g_kernel = nullptr;
@@ -53,14 +51,25 @@ constexpr const char* kSettingNames[TM_SETTING_COUNT] = {
     "call_result", "load_opens",  "load_sleep",   "unload_calls",  "old_result",
 };
 
-// Takes this module's "NAME.SETTING=VALUE" out of the text.
-void read_settings(const char* text) {
+// Takes each "PREFIX" "SETTING=VALUE" out of the text.
+void read_settings(const char* prefix, const char* text) {
   for (int32_t which = 0; which < TM_SETTING_COUNT; ++which) {
-    char key[96];
-    const int size = snprintf(key, sizeof key, "%s.%s=", kName, kSettingNames[which]);
+    char key[128];
+    const int size = snprintf(key, sizeof key, "%s%s=", prefix, kSettingNames[which]);
     const char* at = strstr(text, key);
     if (at == nullptr || (at != text && at[-1] != ' ')) continue;
     set(static_cast<tm_setting>(which), static_cast<int32_t>(strtol(at + size, nullptr, 0)));
+  }
+}
+
+void take_name(const char* path) {
+  for (const char* at = path; *at != 0; ++at) {
+    if (*at == '/' || *at == '\\') path = at + 1;
+  }
+  size_t length = 0;
+  for (; path[length] != 0 && path[length] != '.' && length < sizeof g_name - 1; ++length) {
+    g_name[length] = path[length];
+    g_wide_name[length] = static_cast<unsigned char>(path[length]);
   }
 }
 
@@ -78,19 +87,20 @@ void call_while_unloading() {
   }
 }
 
-void on_load() {
+void on_load(const char* path) {
+  take_name(path);
   for (const tm_setting which : kOnesAtStart) set(which, 1);
+  read_settings("", kDefaults);
   static char text[4096];
-#ifdef TM_DEFAULTS
-  read_settings(TM_DEFAULTS);
-#endif
   environment("TM_SETTINGS", text, sizeof text);
-  read_settings(text);
+  char prefix[80];
+  snprintf(prefix, sizeof prefix, "%s.", g_name);
+  read_settings(prefix, text);
   environment("TM_KERNEL", text, sizeof text);
   if (text[0] != 0) g_kernel = reinterpret_cast<qm_call_fn>(strtoull(text, nullptr, 16));
   journal("load");
   if (setting(TM_LOAD_SLEEP) != 0) sleep(setting(TM_LOAD_SLEEP));
-  if (setting(TM_LOAD_OPENS) != 0 && g_kernel != nullptr) open_module(kWideName);
+  if (setting(TM_LOAD_OPENS) != 0 && g_kernel != nullptr) open_module(g_wide_name);
 }
 
 void on_unload() {
@@ -99,6 +109,9 @@ void on_unload() {
 }
 
 }  // namespace
+
+const char* name() { return g_name; }
+const qm_wchar* wide_name() { return g_wide_name; }
 
 int32_t setting(tm_setting which) { return __atomic_load_n(&g_settings[which], __ATOMIC_RELAXED); }
 void set(tm_setting which, int32_t value) {
@@ -110,7 +123,7 @@ void journal(const char* format, ...) {
   environment("TM_JOURNAL", file, sizeof file);
   if (file[0] == 0) return;
   char line[1024];
-  int size = snprintf(line, sizeof line, "%s ", kName);
+  int size = snprintf(line, sizeof line, "%s ", g_name);
   va_list arguments;
   va_start(arguments, format);
   size += vsnprintf(line + size, sizeof line - static_cast<size_t>(size) - 1, format, arguments);
@@ -208,7 +221,7 @@ bool answer_common(uint32_t code, void* params, int32_t& result) {
 int32_t take_notice(const qm_kernel_entry* entry) {
   g_kernel = entry->entry;
   journal("notice entry=%d", g_kernel(0, QM_CALL_NOP, nullptr));
-  if (setting(TM_NOTICE_OPENS) != 0) open_module(kWideName);
+  if (setting(TM_NOTICE_OPENS) != 0) open_module(g_wide_name);
   if (setting(TM_NOTICE_SLEEP) != 0) {
     sleep(setting(TM_NOTICE_SLEEP));
     journal("notice done");
@@ -216,22 +229,30 @@ int32_t take_notice(const qm_kernel_entry* entry) {
   return setting(TM_NOTICE_RESULT);
 }
 
-#ifndef _WIN32
-namespace {
-[[gnu::constructor]] void load_library() { on_load(); }
-[[gnu::destructor]] void unload_library() { on_unload(); }
-}  // namespace
+#ifdef _WIN32
+void load(HINSTANCE library) {
+  char path[MAX_PATH];
+  GetModuleFileNameA(library, path, sizeof path);
+  on_load(path);
+}
+void unload() { on_unload(); }
 #else
-void load_library() { on_load(); }
-void unload_library() { on_unload(); }
+namespace {
+[[gnu::constructor]] void load() {
+  Dl_info own;
+  dladdr(g_name, &own);
+  on_load(own.dli_fname);
+}
+[[gnu::destructor]] void unload() { on_unload(); }
+}  // namespace
 #endif
 
 }  // namespace test_module
 
 #ifdef _WIN32
-extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
-  if (reason == DLL_PROCESS_ATTACH) test_module::load_library();
-  if (reason == DLL_PROCESS_DETACH) test_module::unload_library();
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID) {
+  if (reason == DLL_PROCESS_ATTACH) test_module::load(library);
+  if (reason == DLL_PROCESS_DETACH) test_module::unload();
   return TRUE;
 }
 #endif

@@ -14,9 +14,12 @@
 
 namespace test_module {
 
-// TM_NAME of this library.
-extern const char kName[];
-extern const qm_wchar kWideName[];
+// Each module defines its own start values: "SETTING=VALUE", or an empty text.
+extern const char kDefaults[];
+
+// The library's file name without folder and extension, so that a copy has a name of its own.
+const char* name();
+const qm_wchar* wide_name();
 
 int32_t setting(tm_setting which);
 void set(tm_setting which, int32_t value);

@@ -76,7 +76,8 @@ struct tm_old_info {
 
 // Environment variables, read live.
 //
-// TM_JOURNAL   Name of a file to which every test module appends a line for what happens to it:
+// TM_JOURNAL   Name of a file to which every test module appends a line for what happens to it, NAME
+//              being its file name without folder and extension, which a copy may have changed:
 //                  NAME load | unload
 //                  NAME info                                QM_CALL_GETKERNELINFO
 //                  NAME notice entry=RESULT                 QM_CALL_SETKERNELENTRY; result of a NOP

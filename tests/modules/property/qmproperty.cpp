@@ -4,6 +4,8 @@
 
 #include "tests/modules/module_support.h"
 
+extern const char test_module::kDefaults[] = "";
+
 namespace {
 
 constexpr size_t kStoreSize = 65536;
