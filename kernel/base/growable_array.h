@@ -48,14 +48,14 @@ class GrowableArray {
   }
 
   // Inserts before position `at` (at most size()).
-  [[nodiscard]] bool insert(std::size_t at, const T& value) {
+  [[nodiscard]] bool insert(std::size_t at, T value) {
     if (!reserve_one()) return false;
     std::copy_backward(items_ + at, items_ + size_, items_ + size_ + 1);
     items_[at] = value;
     ++size_;
     return true;
   }
-  [[nodiscard]] bool append(const T& value) { return insert(size_, value); }
+  [[nodiscard]] bool append(T value) { return insert(size_, value); }
 
   // Later elements move down; the memory stays.
   void erase(std::size_t at) noexcept {

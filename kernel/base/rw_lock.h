@@ -21,14 +21,62 @@ class RwLock {
   explicit RwLock(LockRank rank) noexcept : rank_(rank) {}
 
   // False only when waiting has been given up; then there is nothing to unlock.
-  [[nodiscard]] bool lock_shared() noexcept;
-  [[nodiscard]] bool lock_exclusive() noexcept;
-  // Serves readers and the writer alike.
-  void unlock() noexcept;
+  [[nodiscard]] bool lock_shared() noexcept {
+    note_locked(rank_);
+    Word word = word_.load(std::memory_order_relaxed);
+    if ((word & kGate) == 0 &&
+        word_.compare_exchange_weak(word, word + kReader, std::memory_order_acquire)) [[likely]] {
+      return true;
+    }
+    return wait_shared();
+  }
+  [[nodiscard]] bool lock_exclusive() noexcept {
+    note_locked(rank_);
+    Word free = 0;
+    if (word_.compare_exchange_strong(free, kGate, std::memory_order_acquire)) [[likely]] {
+      return true;
+    }
+    return wait_exclusive();
+  }
+
+  // Serves readers and the writer alike: there is a writer inside exactly while the gate is taken
+  // and no reader is left.
+  void unlock() noexcept {
+    note_unlocked(rank_);
+    const Word word = word_.load(std::memory_order_relaxed);
+    if ((word & kGate) != 0 && (word & kReaders) == 0) {
+      leave_writer(word_.exchange(0, std::memory_order_release));
+    } else {
+      leave_reader(word_.fetch_sub(kReader, std::memory_order_acq_rel));
+    }
+  }
 
  private:
+  using Word = std::uint32_t;
+
+  // A 32-bit process has room for a few thousand threads, so neither count comes near its end.
+  static constexpr Word kReader = 1;
+  static constexpr Word kReaders = 0x7FFF;
+  static constexpr Word kSleeper = 0x8000;  // at the gate; there are some only while it is taken
+  static constexpr Word kSleepers = 0x7FFF * kSleeper;
+  static constexpr Word kDrain = 0x4000'0000;  // the writer at the gate sleeps for the last reader
+  static constexpr Word kGate = 0x8000'0000;   // the writer semaphore is taken
+
+  bool wait_shared() noexcept;
+  bool wait_exclusive() noexcept;
+  void wait_at_gate() noexcept;
+  void drain() noexcept;
+  bool give_up() noexcept;
+
+  void leave_writer(Word before) noexcept {
+    if ((before & kSleepers) != 0) gate_.wake((before & kSleepers) / kSleeper);
+  }
+  void leave_reader(Word before) noexcept {
+    if ((before & (kDrain | kReaders)) == (kDrain | kReader)) drain_.wake(1);
+  }
+
   const LockRank rank_;
-  std::atomic<std::uint32_t> word_{0};
+  std::atomic<Word> word_{0};
   platform::Sleeper gate_;   // threads that found the semaphore taken
   platform::Sleeper drain_;  // the writer that waits for the last reader
 };

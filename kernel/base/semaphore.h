@@ -19,10 +19,19 @@ class Semaphore {
   explicit Semaphore(LockRank rank) noexcept : rank_(rank) {}
 
   // False only when waiting has been given up; then there is nothing to release.
-  [[nodiscard]] bool acquire() noexcept;
-  void release() noexcept;
+  [[nodiscard]] bool acquire() noexcept {
+    note_locked(rank_);
+    std::int32_t free = 1;
+    return free_.compare_exchange_strong(free, 0, std::memory_order_acquire) || wait();
+  }
+  void release() noexcept {
+    note_unlocked(rank_);
+    if (free_.fetch_add(1, std::memory_order_acq_rel) < 0) sleeper_.wake(1);
+  }
 
  private:
+  bool wait() noexcept;
+
   const LockRank rank_;
   std::atomic<std::int32_t> free_{1};  // below 0: so many threads sleep
   platform::Sleeper sleeper_;
