@@ -1,0 +1,64 @@
+// The records of all modules and the lock over them. Nothing here runs foreign code: records that
+// have to go are handed out and destroyed by the caller, who holds no lock.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernel/base/growable_array.h"
+#include "kernel/base/rw_lock.h"
+#include "modules/module_record.h"
+#include "platform/heap.h"
+
+namespace qmsd {
+
+using ModuleOwner = platform::HeapOwner<ModuleRecord>;
+
+// A counted use of a ready module. The record lives as long as no other caller gives back uses that
+// are not his; the id tells it from a later record at the same address.
+struct ModuleUse {
+  ModuleRecord* record = nullptr;
+  std::uint32_t id = 0;
+};
+
+// Records that are still in the table when it goes are abandoned.
+class ModuleTable {
+ public:
+  enum class Found { ready, loading, loading_here, absent };
+  enum class Added { added, exists, no_memory };
+
+  // Looks the name up; a ready module gets one more use. Null is never found.
+  Found take(const qm_wchar* name, ModuleUse& use);
+  // Takes uses back. The record when it had no more: it is then out of the table.
+  [[nodiscard]] ModuleOwner give_back(const ModuleUse& use, std::int32_t uses);
+
+  // Enters a record, not ready and with one use. When it is not added the caller keeps it.
+  Added add(ModuleOwner& record);
+  // Gives the record what opening found, at once for all to see. False, and nothing has changed,
+  // when another record has the resolved name already.
+  bool publish(ModuleRecord& record, OpenedModule& opened);
+  void mark_ready(ModuleRecord& record);
+
+  [[nodiscard]] ModuleOwner remove(const ModuleRecord& record);
+  // The last record in the order of unloading; null when there is none.
+  [[nodiscard]] ModuleOwner remove_last();
+
+  // Library and call entry of a ready module.
+  bool resolve(const qm_wchar* name, void*& library, qm_call_fn& entry);
+  // What the statistics report.
+  void measure(std::int32_t& count, std::int64_t& size);
+
+ private:
+  // All expect the lock.
+  ModuleRecord* find(const qm_wchar* name) const;
+  std::size_t position(const ModuleRecord* record) const;
+  bool insert(ModuleRecord& record);
+  ModuleOwner remove_at(std::size_t at);
+
+  RwLock lock_{LockRank::registry};
+  // Descending by asked name, then by resolved name, records without one last.
+  GrowableArray<ModuleRecord*, 16> records_;
+  std::uint32_t next_id_ = 1;
+};
+
+}  // namespace qmsd

@@ -1,0 +1,216 @@
+// Calls by module name: loading on the first call, waiting while another thread loads, and what
+// becomes of the uses.
+#include "modules/registry.h"
+
+#include <atomic>
+#include <stdexcept>
+#include <utility>
+
+#include "kernel/errors/error_state.h"
+#include "modules/module_opening.h"
+#include "modules/module_record.h"
+#include "modules/module_table.h"
+#include "platform/clock.h"
+#include "platform/heap.h"
+#include "services/text/strings.h"
+
+namespace qmsd {
+namespace {
+
+std::atomic<ModuleTable*> g_modules{nullptr};
+
+ModuleTable* table() { return g_modules.load(std::memory_order_acquire); }
+
+// Modules closed at shutdown; whatever their clean-up code loads beyond that is abandoned.
+constexpr int kMostCloses = 1000;
+
+struct Call {
+  std::uint32_t handle;
+  std::uint32_t code;
+  void* params;
+
+  bool opens() const { return code == QM_CALL_OPENMODULEW; }
+  bool closes() const { return code == QM_CALL_CLOSEHANDLE || code == QM_CALL_UNREFHANDLE; }
+  qm_open_module_w& open_record() const { return *static_cast<qm_open_module_w*>(params); }
+  std::int32_t pass_to(ModuleRecord& record) const {
+    return call_module(record, handle, code, params);
+  }
+};
+
+// The bound on waiting for another thread that loads a module. It is all that ends the deadlock of
+// two threads of which one holds the loader's lock and wants what the other is loading.
+class BoundedWait {
+ public:
+  void start() {
+    if (start_ == kNotStarted) start_ = platform::monotonic_milliseconds();
+  }
+  bool is_over() const { return start_ != kNotStarted && elapsed() > kLimit; }
+  void sleep() {
+    start();
+    platform::sleep_milliseconds(elapsed() < kLimit / 2 ? 100 : 250);
+  }
+
+ private:
+  static constexpr std::int64_t kNotStarted = -1;
+  static constexpr std::int64_t kLimit = 2000;  // milliseconds
+
+  std::int64_t elapsed() const { return platform::monotonic_milliseconds() - start_; }
+
+  std::int64_t start_ = kNotStarted;
+};
+
+bool fail_busy(const qm_wchar* name) { return fail(QM_ERROR_BUSY, QM_W("('%ls')"), name); }
+
+// The uses that a call on a loaded module gives back: its own, and for a close the opener's too.
+// The family's own modules stay loaded, so their openers' uses are never given back.
+std::int32_t uses_to_give_back(const Call& call, const ModuleRecord& record, UseMode mode) {
+  if (mode == UseMode::group) return 1;
+  if (call.opens()) return 0;
+  const bool stays_loaded = WideView(record.key()).starts_with(QM_W("qm"));
+  return call.code == QM_CALL_CLOSEHANDLE && !stays_loaded ? 2 : 1;
+}
+
+std::int32_t call_loaded(ModuleTable& modules, const ModuleUse& use, const Call& call,
+                         UseMode mode) {
+  const std::int32_t uses = uses_to_give_back(call, *use.record, mode);
+  const std::int32_t result = call.pass_to(*use.record);
+  if (uses > 0) modules.give_back(use, uses).reset();
+  return result;
+}
+
+// A new record in the table, which goes again unless its loading is finished.
+class LoadingRecord {
+ public:
+  LoadingRecord(ModuleTable& modules, const qm_wchar* name) : modules_(modules) {
+    OwnedText copy = copy_text(name);
+    if (!copy) return;
+    ModuleOwner record =
+        platform::heap_new<ModuleRecord>(std::move(copy), platform::current_thread_id());
+    if (!record) return;
+    ModuleRecord* const entered = record.get();
+    state_ = modules.add(record);
+    if (state_ == ModuleTable::Added::added) record_ = entered;
+  }
+  ~LoadingRecord() {
+    if (record_ != nullptr) modules_.remove(*record_).reset();
+  }
+  LoadingRecord(const LoadingRecord&) = delete;
+  LoadingRecord& operator=(const LoadingRecord&) = delete;
+
+  ModuleTable::Added state() const { return state_; }
+  ModuleRecord& operator*() const { return *record_; }
+  ModuleRecord& finish() {
+    modules_.mark_ready(*record_);
+    return *std::exchange(record_, nullptr);
+  }
+
+ private:
+  ModuleTable& modules_;
+  ModuleTable::Added state_ = ModuleTable::Added::no_memory;
+  ModuleRecord* record_ = nullptr;
+};
+
+// A module's first call: how it learns whom to call.
+void tell_kernel_entry(ModuleRecord& record) {
+  qm_kernel_entry notice{&qm_call};
+  call_module(record, 0, QM_CALL_SETKERNELENTRY, &notice);
+}
+
+enum class Loaded { yes, no, elsewhere };
+
+// Loads the module for its first call. `no` leaves the error of the failed step; `elsewhere` means
+// that another record is in charge: under the name `resolved` if that was set, else under the same.
+Loaded load(ModuleTable& modules, const qm_wchar* name, const Call& call, OwnedText& resolved,
+            ModuleRecord*& loaded) {
+  LoadingRecord own(modules, name);
+  if (own.state() == ModuleTable::Added::exists) return Loaded::elsewhere;
+  if (own.state() == ModuleTable::Added::no_memory) {
+    fail(QM_ERROR_NO_MEMORY);
+    return Loaded::no;
+  }
+  OpenedModule opened;
+  const qm_wchar* group = call.opens() ? call.open_record().group : nullptr;
+  if (!open_module_library(name, group, opened)) return Loaded::no;
+  if (call.opens() && !apply_alias(opened, call.open_record())) return Loaded::no;
+  if (!modules.publish(*own, opened)) {
+    resolved = std::move(opened.resolved);
+    return Loaded::elsewhere;
+  }
+  tell_kernel_entry(*own);
+  loaded = &own.finish();
+  return Loaded::yes;
+}
+
+}  // namespace
+
+bool registry_create() {
+  g_modules.store(platform::heap_new<ModuleTable>().release(), std::memory_order_release);
+  return table() != nullptr;
+}
+
+void registry_destroy() {
+  const platform::HeapOwner<ModuleTable> modules(table());
+  if (!modules) return;
+  for (int closed = 0; closed < kMostCloses; ++closed) {
+    const ModuleOwner last = modules->remove_last();
+    if (!last) break;
+  }
+  g_modules.store(nullptr, std::memory_order_release);
+}
+
+std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint32_t code,
+                           void* record, UseMode mode) {
+  // Comes from inside the handle table's lock, so it is answered without looking at anything.
+  if (code == QM_CALL_REFHANDLE) return 1;
+
+  const Call call{handle, code, record};
+  ModuleTable* const modules = table();
+  OwnedText resolved;
+  for (BoundedWait wait; !wait.is_over();) {
+    ModuleUse use;
+    const auto found = modules ? modules->take(name, use) : ModuleTable::Found::absent;
+    if (found == ModuleTable::Found::ready) return call_loaded(*modules, use, call, mode);
+    if (found == ModuleTable::Found::loading_here) return fail_busy(name);
+    if (found == ModuleTable::Found::loading) {
+      wait.sleep();
+      continue;
+    }
+    if (call.closes()) return 1;
+    if (name == nullptr) return fail(QM_ERROR_ARGUMENT);
+    if (modules == nullptr) return fail(QM_ERROR_NO_MEMORY);
+    wait.start();
+    ModuleRecord* loaded = nullptr;
+    switch (load(*modules, name, call, resolved, loaded)) {
+      case Loaded::yes:
+        return call.pass_to(*loaded);
+      case Loaded::no:
+        return 0;
+      case Loaded::elsewhere:
+        if (resolved) name = resolved.get();
+    }
+  }
+  return fail_busy(name);
+}
+
+bool registry_resolve(const qm_wchar* name, void*& library, qm_call_fn& entry) {
+  ModuleTable* const modules = table();
+  return modules != nullptr && modules->resolve(name, library, entry);
+}
+
+qmString registry_statistics() {
+  static std::atomic<std::int32_t> last_count{0};
+  static std::atomic<std::int64_t> last_size{0};
+
+  std::int32_t count = 0;
+  std::int64_t size = 0;
+  if (ModuleTable* const modules = table()) modules->measure(count, size);
+  char text[160];
+  const int length = format_narrow(
+      text, sizeof text, "[QMMODULES] nmodules: %i (%i), allsize: %lli (%lli) bytes\n", count,
+      count - last_count.exchange(count), size, size - last_size.exchange(size));
+  qmString line;
+  if (length <= 0 || !line.assign(text)) throw std::runtime_error("Error during formatting.");
+  return line;
+}
+
+}  // namespace qmsd
