@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "include/qmsd7.h"
 
@@ -47,6 +48,13 @@ class qmString final : public qmTString<char> {
   std::int32_t capacity() const noexcept { return capacity_; }
 
  private:
+  // Put the text behind the first `keep` characters; on failure nothing has changed, unless memory
+  // is exhausted: then the buffer is gone.
+  bool place(std::int32_t keep, std::string_view text);
+  bool place(std::int32_t keep, const qm_wchar* text);
+  bool make_room(std::uint64_t characters);
+  void cut(std::int32_t length) noexcept;
+
   char* buffer_ = nullptr;
   std::int32_t length_ = 0;    // characters before the terminator
   std::int32_t capacity_ = 0;  // bytes, terminator included

@@ -24,5 +24,6 @@ inline WideView view_of(const qm_wchar* text) {
   return text == nullptr ? WideView{} : WideView{text};
 }
 inline bool is_empty(const qm_wchar* text) { return text == nullptr || *text == 0; }
+inline bool is_empty(const char* text) { return text == nullptr || *text == 0; }
 
 }  // namespace qmsd
