@@ -5,10 +5,21 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/format.h"
 #include "platform/keep_errors.h"
 #include "platform/multibyte.h"
 
 namespace qmsd::platform {
+namespace {
+
+void format_once(qm_wchar* buffer, std::size_t length, const qm_wchar* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  format_wide(buffer, length, format, arguments);
+  va_end(arguments);
+}
+
+}  // namespace
 
 void runtime_error_text(int code, char* buffer, std::size_t size) noexcept {
   const KeepErrors keep;
@@ -19,6 +30,8 @@ void runtime_error_text(int code, char* buffer, std::size_t size) noexcept {
 void warm_up_runtime() noexcept {
   char text[64];
   runtime_error_text(0, text, sizeof text);
+  qm_wchar wide[64];
+  format_once(wide, 64, QM_W("%hs %g"), text, 0.5);
   const qm_wchar beyond_ascii[] = {0xE9};
   narrow_character(beyond_ascii, 1);
 }
