@@ -90,6 +90,8 @@ class LockGuard {
   LockGuard(const LockGuard&) = delete;
   LockGuard& operator=(const LockGuard&) = delete;
 
+  // False after unlock(), and from the start when waiting has been given up.
+  bool held() const noexcept { return lock_ != nullptr; }
   void unlock() noexcept {
     if (lock_ != nullptr) lock_->unlock();
     lock_ = nullptr;

@@ -1,0 +1,81 @@
+// The error-text table. Its lock is the leaf: nothing that may record an error, load or wait happens
+// under it, so the runtime is asked for a text before the lock is taken.
+#include "services/tables/error_texts.h"
+
+#include <atomic>
+#include <utility>
+
+#include "platform/runtime_text.h"
+#include "services/tables/id_text_table.h"
+#include "services/text/strings.h"
+#include "services/text/text.h"
+
+namespace qmsd {
+namespace {
+
+using ErrorTexts = SharedTextTable<Descending, 16>;
+
+std::atomic<ErrorTexts*> g_errors{nullptr};
+
+ErrorTexts* table() { return g_errors.load(std::memory_order_acquire); }
+
+TextFound copy_out(const IdText& entry, qm_wchar* buffer, std::size_t length) {
+  wcs_copy_bounded(buffer, static_cast<std::ptrdiff_t>(length), entry.text);
+  if (entry.text == nullptr) return TextFound::none;
+  return *entry.text == 0 ? TextFound::empty : TextFound::text;
+}
+
+// The runtime's words for a code that the table does not know; it keeps them, if memory allows.
+TextFound learn(ErrorTexts& errors, std::int32_t code, qm_wchar* buffer, std::size_t length) {
+  constexpr std::size_t kRuntimeTextSize = 256;
+  char narrow[kRuntimeTextSize];
+  platform::runtime_error_text(code, narrow, sizeof narrow);
+  *buffer = 0;
+  if (*narrow == 0) return TextFound::none;
+
+  qm_wchar words[kRuntimeTextSize];
+  mbs_to_wcs(words, kRuntimeTextSize, narrow);
+  const WriteGuard guard(errors.lock);
+  if (const IdText* known = errors.entries.find(code)) return copy_out(*known, buffer, length);
+  OwnedText kept = copy_text(words);
+  if (kept) std::ignore = errors.entries.insert(code, std::move(kept));
+  return copy_out({code, words}, buffer, length);
+}
+
+}  // namespace
+
+bool errors_create() {
+  g_errors.store(platform::heap_new<ErrorTexts>(LockRank::error_texts).release(),
+                 std::memory_order_release);
+  return table() != nullptr;
+}
+
+void errors_destroy() { destroy_table(g_errors); }
+
+bool errors_set(std::int32_t code, const qm_wchar* text) {
+  ErrorTexts* errors = table();
+  if (errors == nullptr) return false;
+  const WriteGuard guard(errors->lock);
+  if (IdText* known = errors->entries.find(code)) return errors->entries.replace(*known, text);
+  OwnedText copy;
+  if (text != nullptr && !(copy = copy_text(text))) return false;
+  return errors->entries.insert(code, std::move(copy));
+}
+
+TextFound errors_lookup(std::int32_t code, qm_wchar* buffer, std::size_t length) {
+  *buffer = 0;
+  ErrorTexts* errors = table();
+  if (errors == nullptr) return TextFound::no_table;
+  {
+    const ReadGuard guard(errors->lock);
+    if (const IdText* known = errors->entries.find(code)) return copy_out(*known, buffer, length);
+  }
+  return learn(*errors, code, buffer, length);
+}
+
+bool errors_claim_loading() {
+  ErrorTexts* errors = table();
+  return errors != nullptr && errors->claim_loading();
+}
+
+}  // namespace qmsd
