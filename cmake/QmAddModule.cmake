@@ -1,0 +1,100 @@
+# qm_add_module(TARGET SOURCES file... VERSION a.b.c.d DESCRIPTION "text" [COMPANY "text"]
+#               [EXPORTS name...] [LINK library...])
+# qm_add_module(TARGET SOURCES file... NO_VERSION [EXPORTS name...] [LINK library...])
+#
+# Builds a module library, TARGET.dll or TARGET.so, that finds <qmsd7.h>:
+#
+#   qm_add_module(qmclock SOURCES clock.cpp VERSION 1.0.0.0 DESCRIPTION "Wall clock"
+#     EXPORTS qm_call qmmoduleinfo)
+#
+# EXPORTS is the list of what the library shows; the sources mark these names QM_EXPORT. Without it
+# the library shows what its sources mark for export. Names are undecorated either way.
+# The version, two bytes for each part, is what the module listing and file properties show. Windows
+# keeps it in a resource, other systems in the section ".qmversion" that holds the same bytes.
+
+set(_qm_module_templates "${CMAKE_CURRENT_LIST_DIR}")
+if(NOT DEFINED QM_INCLUDE_DIR)
+  set(QM_INCLUDE_DIR "${CMAKE_CURRENT_LIST_DIR}/../include")
+endif()
+
+function(qm_add_module target)
+  cmake_parse_arguments(PARSE_ARGV 1 QM
+    "NO_VERSION" "VERSION;DESCRIPTION;COMPANY" "SOURCES;EXPORTS;LINK")
+  if(QM_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "qm_add_module(${target}): unknown ${QM_UNPARSED_ARGUMENTS}")
+  endif()
+  add_library(${target} MODULE ${QM_SOURCES})
+  set_target_properties(${target} PROPERTIES PREFIX ""
+    C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_include_directories(${target} PRIVATE "${QM_INCLUDE_DIR}")
+  target_link_libraries(${target} PRIVATE ${QM_LINK})
+  if(WIN32)
+    target_link_options(${target} PRIVATE -static -Wl,--kill-at -Wl,--exclude-all-symbols)
+  endif()
+  if(QM_EXPORTS)
+    _qm_export(${target} ${QM_EXPORTS})
+  endif()
+  if(NOT QM_NO_VERSION)
+    _qm_add_version(${target} "${QM_VERSION}" "${QM_DESCRIPTION}" "${QM_COMPANY}")
+  endif()
+endfunction()
+
+# The linker's list of exported names.
+function(_qm_export target)
+  set(list "${CMAKE_CURRENT_BINARY_DIR}/${target}_exports")
+  if(WIN32)
+    set(content "EXPORTS\n")
+    foreach(name IN LISTS ARGN)
+      if(name STREQUAL "qmmoduleinfo")
+        string(APPEND name " DATA")
+      elseif(name STREQUAL "qm_call" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+        string(APPEND name "@12")
+      endif()
+      string(APPEND content "  ${name}\n")
+    endforeach()
+    file(CONFIGURE OUTPUT "${list}.def" CONTENT "${content}" @ONLY)
+    target_sources(${target} PRIVATE "${list}.def")
+  else()
+    list(JOIN ARGN "; " names)
+    file(CONFIGURE OUTPUT "${list}.map" CONTENT "{ global: ${names}; local: *; };\n" @ONLY)
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${list}.map")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${list}.map")
+  endif()
+endfunction()
+
+# Compiles the version block into the library.
+function(_qm_add_version target version description company)
+  if(NOT version MATCHES "^([0-9]+)\\.([0-9]+)\\.([0-9]+)\\.([0-9]+)$")
+    message(FATAL_ERROR "qm_add_module(${target}): VERSION ${version} is not a.b.c.d")
+  endif()
+  set(QM_VERSION_WORDS "${CMAKE_MATCH_1}, ${CMAKE_MATCH_2}, ${CMAKE_MATCH_3}, ${CMAKE_MATCH_4}")
+  if(WIN32)
+    set(kind rc)
+  else()
+    set(kind cpp)
+  endif()
+  set(QM_VERSION_TEXTS "")
+  foreach(text IN ITEMS
+      "CompanyName=${company}" "FileDescription=${description}" "FileVersion=${version}"
+      "InternalName=${target}" "OriginalFilename=${target}${CMAKE_SHARED_MODULE_SUFFIX}"
+      "ProductName=${target}" "ProductVersion=${version}")
+    string(REGEX MATCH "^([A-Za-z]+)=(.*)$" matched "${text}")
+    set(key "${CMAKE_MATCH_1}")
+    string(REPLACE "\\" "\\\\" value "${CMAKE_MATCH_2}")
+    if(value STREQUAL "")
+      continue()
+    elseif(kind STREQUAL "rc")
+      string(REPLACE "\"" "\"\"" value "${value}")
+      string(APPEND QM_VERSION_TEXTS "      VALUE \"${key}\", \"${value}\"\n")
+    else()
+      string(REPLACE "\"" "\\\"" value "${value}")
+      string(APPEND QM_VERSION_TEXTS "    {u\"${key}\", u\"${value}\"},\n")
+    endif()
+  endforeach()
+  set(source "${CMAKE_CURRENT_BINARY_DIR}/${target}_version.${kind}")
+  configure_file("${_qm_module_templates}/module_version.${kind}.in" "${source}" @ONLY)
+  target_sources(${target} PRIVATE "${source}")
+  if(kind STREQUAL "cpp")
+    target_compile_features(${target} PRIVATE cxx_std_20)
+  endif()
+endfunction()
