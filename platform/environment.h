@@ -9,8 +9,9 @@ namespace qmsd::platform {
 
 enum class Variable { missing, present, too_long };
 
-// The buffer receives the terminated value when it is present and fits, else an empty text.
-// Variable names are ASCII.
+// The buffer receives the terminated value when it is present and fits, else an empty text; it has
+// room for the terminator at least. Variable names are ASCII and shorter than 64 characters. Any
+// thread may ask, but natively not while another changes the environment.
 Variable read_variable(const char* name, qm_wchar* buffer, std::size_t length);
 Variable read_variable(const char* name, char* buffer, std::size_t size);
 

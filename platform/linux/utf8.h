@@ -1,0 +1,17 @@
+// File names and variables are bytes to this system, by custom UTF-8, whatever the locale.
+// Bytes that are no UTF-8 travel as the lone surrogates 0xDC80 to 0xDCFF, so that every name comes
+// back as it was.
+#pragma once
+
+#include <cstddef>
+
+#include "include/qmsd7.h"
+
+namespace qmsd::platform {
+
+// Both always terminate (the room is above 0), cut between characters, and return false when they had
+// to cut. Other lone surrogates end a narrow text: it counts as cut.
+bool widen_utf8(const char* text, qm_wchar* buffer, std::size_t length) noexcept;
+bool narrow_utf8(const qm_wchar* text, char* buffer, std::size_t size) noexcept;
+
+}  // namespace qmsd::platform
