@@ -66,10 +66,10 @@ void take_name(const char* path) {
   for (const char* at = path; *at != 0; ++at) {
     if (*at == '/' || *at == '\\') path = at + 1;
   }
-  size_t length = 0;
-  for (; path[length] != 0 && path[length] != '.' && length < sizeof g_name - 1; ++length) {
-    g_name[length] = path[length];
-    g_wide_name[length] = static_cast<unsigned char>(path[length]);
+  const size_t end = static_cast<size_t>(strrchr(path, '.') - path);
+  for (size_t i = 0; i < end && i < sizeof g_name - 1; ++i) {
+    g_name[i] = path[i];
+    g_wide_name[i] = static_cast<unsigned char>(path[i]);
   }
 }
 
