@@ -24,14 +24,15 @@ bool decimal_point_is_standard() {
 
 // Whether the runtime does with the conversion what our header promises.
 bool runtime_can(const Conversion& conversion) {
+  if (conversion.width_from_argument || conversion.precision_from_argument) return false;
   if (conversion.width > kSafeWidth || conversion.precision > kSafeWidth) return false;
   const char32_t type = conversion.type;
-  if (is_integer_type(type)) {
-    return !conversion.precision_from_argument && conversion.precision <= kSafeDigits;
-  }
-  // It writes through %n, takes %F for half a conversion and puts the padding of %-a in its midst.
-  if (type == 'n' || type == 'F' || type == 'a' || type == 'A') return false;
-  return !is_floating_type(type) || decimal_point_is_standard();
+  if (type == 'n' || type == 'F')
+    return false;  // it writes through one and does not know the other
+  if (is_integer_type(type)) return conversion.precision <= kSafeDigits;
+  // It puts the padding of some into their midst.
+  if (is_floating_type(type)) return !conversion.left && decimal_point_is_standard();
+  return true;
 }
 
 template <class Char>
