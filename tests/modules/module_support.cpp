@@ -62,6 +62,11 @@ void read_settings(const char* prefix, const char* text) {
   }
 }
 
+// A library loaded again may lie where its last life lay, which looks like a race to a checker that
+// does not know of loading.
+#if defined(__SANITIZE_THREAD__)
+[[gnu::no_sanitize_thread]]
+#endif
 void take_name(const char* path) {
   for (const char* at = path; *at != 0; ++at) {
     if (*at == '/' || *at == '\\') path = at + 1;
@@ -75,7 +80,7 @@ void take_name(const char* path) {
 
 // What a module's clean-up code may try while the kernel unloads it.
 void call_while_unloading() {
-  if (g_kernel == nullptr) return;
+  if (kernel() == nullptr) return;
   qm_open_module_w open{QM_W("tm_plain"), nullptr, 0};
   call_kernel(0, QM_CALL_OPENMODULEW, &open);
   qm_handle_ref handle{0x10000};
@@ -91,16 +96,16 @@ void on_load(const char* path) {
   take_name(path);
   for (const tm_setting which : kOnesAtStart) set(which, 1);
   read_settings("", kDefaults);
-  static char text[4096];
+  char text[4096];
   environment("TM_SETTINGS", text, sizeof text);
   char prefix[80];
   snprintf(prefix, sizeof prefix, "%s.", g_name);
   read_settings(prefix, text);
   environment("TM_KERNEL", text, sizeof text);
-  if (text[0] != 0) g_kernel = reinterpret_cast<qm_call_fn>(strtoull(text, nullptr, 16));
+  if (text[0] != 0) set_kernel(reinterpret_cast<qm_call_fn>(strtoull(text, nullptr, 16)));
   journal("load");
   if (setting(TM_LOAD_SLEEP) != 0) sleep(setting(TM_LOAD_SLEEP));
-  if (setting(TM_LOAD_OPENS) != 0 && g_kernel != nullptr) open_module(g_wide_name);
+  if (setting(TM_LOAD_OPENS) != 0 && kernel() != nullptr) open_module(g_wide_name);
 }
 
 void on_unload() {
@@ -169,12 +174,12 @@ void environment(const char* name, char* buffer, size_t size) {
 #endif
 }
 
-qm_call_fn kernel() { return g_kernel; }
-void set_kernel(qm_call_fn entry) { g_kernel = entry; }
+qm_call_fn kernel() { return __atomic_load_n(&g_kernel, __ATOMIC_RELAXED); }
+void set_kernel(qm_call_fn entry) { __atomic_store_n(&g_kernel, entry, __ATOMIC_RELAXED); }
 
 int32_t call_kernel(uint32_t handle, uint32_t code, void* record) {
-  const int32_t result = g_kernel(handle, code, record);
-  const int32_t error = result == 0 ? g_kernel(0, QM_CALL_GETERRORW, nullptr) : 0;
+  const int32_t result = kernel()(handle, code, record);
+  const int32_t error = result == 0 ? kernel()(0, QM_CALL_GETERRORW, nullptr) : 0;
   journal("nested %08x result=%d error=%x", code, result, static_cast<unsigned>(error));
   return result;
 }
@@ -201,16 +206,16 @@ bool answer_common(uint32_t code, void* params, int32_t& result) {
       return true;
     case TM_FAIL: {
       qm_set_error_w error{QM_SET_ERROR_LITERAL, number(), QM_W("from the module"), nullptr};
-      g_kernel(0, QM_CALL_SETERRORW, &error);
+      kernel()(0, QM_CALL_SETERRORW, &error);
       result = 0;
       return true;
     }
     case TM_ALLOCATE:
-      result = g_kernel(0, QM_CALL_REALLOC, params);
+      result = kernel()(0, QM_CALL_REALLOC, params);
       return true;
     case TM_FORWARD: {
       tm_forward* call = static_cast<tm_forward*>(params);
-      call->result = g_kernel(call->handle, call->code, call->record);
+      call->result = kernel()(call->handle, call->code, call->record);
       return true;
     }
     default:
@@ -219,8 +224,8 @@ bool answer_common(uint32_t code, void* params, int32_t& result) {
 }
 
 int32_t take_notice(const qm_kernel_entry* entry) {
-  g_kernel = entry->entry;
-  journal("notice entry=%d", g_kernel(0, QM_CALL_NOP, nullptr));
+  set_kernel(entry->entry);
+  journal("notice entry=%d", kernel()(0, QM_CALL_NOP, nullptr));
   if (setting(TM_NOTICE_OPENS) != 0) open_module(g_wide_name);
   if (setting(TM_NOTICE_SLEEP) != 0) {
     sleep(setting(TM_NOTICE_SLEEP));
