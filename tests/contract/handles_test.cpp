@@ -1,0 +1,346 @@
+// Handles: their values, the calls through them, their references and their end.
+#include <thread>
+
+#include "tests/contract/support/module_test.h"
+
+namespace contract {
+namespace {
+
+constexpr std::uint32_t kFirst = 0x10000;
+constexpr std::uint32_t kSomeCode = 0x12340001;
+
+class Handles : public ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    install("tm_plain");
+    install("tm_other");
+  }
+
+  static Failure unknown(std::uint32_t handle) { return failure(2, "(handle=%08x)", handle); }
+  static Failure closed(std::uint32_t handle, std::uint32_t code, int live) {
+    return failure(22, "(Closed handle: %08x, cmd=%08x, nhs: %i)", handle, code, live);
+  }
+  void add_reference(std::uint32_t handle) {
+    qm_handle_ref record{handle};
+    EXPECT_EQ(kernel()(QM_CALL_REFHANDLE, &record), 1);
+    EXPECT_EQ(record.handle, handle);
+  }
+  // The owner's result for a call through the handle, as the kernel reduces it.
+  std::int32_t result_of(std::uint32_t handle, std::int32_t owners_result) {
+    tm_number record{owners_result};
+    return kernel().through(handle, TM_RESULT, &record);
+  }
+};
+
+// ---- Values ------------------------------------------------------------------------------------
+
+TEST_F(Handles, StartAtTheFirstValueAndGoUp) {
+  for (std::uint32_t i = 0; i < 5; ++i) EXPECT_EQ(open(QM_W("tm_plain")), kFirst + i);
+  EXPECT_EQ(kernel().live_handles(), 5);
+  for (std::uint32_t i = 0; i < 5; ++i) EXPECT_TRUE(close(kFirst + i));
+}
+
+TEST_F(Handles, DoNotComeBackSoon) {
+  EXPECT_TRUE(close(open(QM_W("tm_plain"))));
+  const std::uint32_t next = open(QM_W("tm_plain"));
+  EXPECT_EQ(next, kFirst + 1);
+  EXPECT_TRUE(close(next));
+}
+
+TEST_F(Handles, UseUpAValueForAFailedOpen) {
+  configure("tm_other.open_result=0");
+  qm_open_module_w record{QM_W("tm_other"), nullptr, 0};
+  EXPECT_EQ(kernel()(QM_CALL_OPENMODULEW, &record), 0);
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  EXPECT_EQ(handle, kFirst + 1);
+  EXPECT_TRUE(close(handle));
+}
+
+// ---- Calls -------------------------------------------------------------------------------------
+
+TEST_F(Handles, LeadToTheOwnersInstance) {
+  const std::uint32_t first = open(QM_W("tm_plain"));
+  const std::uint32_t second = open(QM_W("tm_plain"));
+  const std::uint32_t other = open(QM_W("tm_other"));
+  clear_journal();
+  EXPECT_EQ(kernel().through(second, kSomeCode), 1);
+  EXPECT_EQ(kernel().through(other, kSomeCode + 1), 1);
+  EXPECT_EQ(kernel().through(first, 0), 1);
+  EXPECT_EQ(journal(), (Lines{"tm_plain call 12340001 2", "tm_other call 12340002 1",
+                              "tm_plain call 00000000 1"}));
+  for (const std::uint32_t handle : {first, second, other}) EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, PassTheRecordOn) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  qm_realloc record{nullptr, 20};
+  EXPECT_EQ(kernel().through(handle, TM_ALLOCATE, &record), 1);
+  ASSERT_NE(record.pointer, nullptr);
+  release(record.pointer);
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, ReduceTheOwnersResultToOneOrZero) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  for (const std::int32_t result : {1, 7, -1, 0x7FFFFFFF, -2147483647 - 1}) {
+    EXPECT_EQ(result_of(handle, result), 1) << result;
+  }
+  EXPECT_EQ(result_of(handle, 0), 0);
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, LeaveTheErrorOfTheOwnerWhenItFails) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  tm_number record{4711};
+  EXPECT_EQ(kernel().through(handle, TM_FAIL, &record), 0);
+  EXPECT_EQ(kernel().error(), (Error{4711, runtime_text(4711) + QM_W(" from the module")}));
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, SendTheKernelsOwnCodesToTheOwner) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  set(handle, TM_CALL_RESULT, 7);
+  clear_journal();
+  Lines expected;
+  for (const std::uint32_t code :
+       {QM_CALL_NOP, QM_CALL_GETERRORW, QM_CALL_GETERRORA, QM_CALL_SETERRORW, QM_CALL_REALLOC,
+        QM_CALL_OPENMODULEA, QM_CALL_UNREFHANDLE, QM_CALL_CLOSE}) {
+    auto record = poisoned<std::array<std::uint32_t, 8>>();
+    EXPECT_EQ(kernel().through(handle, code, &record), 1);
+    EXPECT_TRUE(is_poison(record));
+    expected.push_back("tm_plain " + printable(text_of("call %08x 1", code)));
+  }
+  EXPECT_EQ(journal(), expected);
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, AnswerAReferenceThemselves) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  clear_journal();
+  auto record = poisoned<std::array<std::uint32_t, 2>>();
+  EXPECT_EQ(kernel().through(handle, QM_CALL_REFHANDLE, &record), 1);
+  EXPECT_EQ(kernel().through(handle, QM_CALL_REFHANDLE), 1);
+  add_reference(handle);
+  EXPECT_TRUE(is_poison(record));
+  EXPECT_EQ(journal(), Lines{}) << "the module sees nothing of it";
+  EXPECT_FALSE(close(handle)) << "only the kernel's own code counts";
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, AreRefusedWhenClosed) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  const std::uint32_t other = open(QM_W("tm_other"));
+  EXPECT_TRUE(close(handle));
+  clear_journal();
+  auto record = poisoned<std::array<std::uint32_t, 4>>();
+  EXPECT_TRUE(kernel().refuses_through(handle, kSomeCode, record, closed(handle, kSomeCode, 1)));
+  EXPECT_EQ(journal(), Lines{});
+  EXPECT_TRUE(close(other));
+  EXPECT_TRUE(kernel().refuses_through(handle, kSomeCode, record, closed(handle, kSomeCode, 0)));
+}
+
+TEST_F(Handles, AreRefusedWhenNeverIssued) {
+  for (const std::uint32_t handle :
+       {1u, 0xFFFFu, 0x10000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFEFFFFu}) {
+    EXPECT_TRUE(kernel().fails(handle, kSomeCode, nullptr, closed(handle, kSomeCode, 0)));
+  }
+}
+
+TEST_F(Handles, AreRefusedUntilTheyAreBound) {
+  configure("tm_plain.open_sleep=600");
+  std::thread opening([this] { EXPECT_TRUE(close(open(QM_W("tm_plain")))); });
+  const auto start = std::chrono::steady_clock::now();
+  while (journal("open").empty() && elapsed_since(start).count() < 5000) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  EXPECT_TRUE(kernel().fails(kFirst, kSomeCode, nullptr, failure(22, "(handle->type?=ffffffff)")));
+  auto record = poisoned<qm_resolve_handle>();
+  record.handle = kFirst;
+  EXPECT_TRUE(kernel().fails(QM_CALL_RESOLVEHANDLE, &record, failure(22)));
+  opening.join();
+}
+
+// ---- References --------------------------------------------------------------------------------
+
+TEST_F(Handles, LiveUntilTheLastReferenceGoes) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  add_reference(handle);
+  add_reference(handle);
+  clear_journal();
+  qm_handle_ref record{handle};
+  EXPECT_EQ(kernel()(QM_CALL_CLOSEHANDLE, &record), 1);
+  EXPECT_EQ(record.handle, handle) << "not the last reference";
+  EXPECT_EQ(kernel()(QM_CALL_UNREFHANDLE, &record), 1);
+  EXPECT_EQ(record.handle, handle);
+  EXPECT_EQ(result_of(handle, 1), 1);
+  EXPECT_EQ(journal(), Lines{});
+  EXPECT_EQ(kernel()(QM_CALL_UNREFHANDLE, &record), 1);
+  EXPECT_EQ(record.handle, 0u);
+  EXPECT_EQ(journal("close"), Lines{"tm_plain close 1"});
+}
+
+TEST_F(Handles, CannotBeReferencedWhenUnknown) {
+  const std::uint32_t closed_handle = open(QM_W("tm_plain"));
+  EXPECT_TRUE(close(closed_handle));
+  for (const std::uint32_t handle :
+       {0u, 1u, closed_handle, 0xFFFEFFFFu, 0xFFFF0000u, 0xFFFF1100u, 0xFFFFFFFFu}) {
+    qm_handle_ref record{handle};
+    for (const std::uint32_t code : {QM_CALL_CLOSEHANDLE, QM_CALL_REFHANDLE, QM_CALL_UNREFHANDLE}) {
+      EXPECT_TRUE(kernel().refuses(code, record, unknown(handle)));
+    }
+    auto resolved = poisoned<qm_resolve_handle>();
+    resolved.handle = handle;
+    EXPECT_TRUE(kernel().refuses(QM_CALL_RESOLVEHANDLE, resolved, unknown(handle)));
+  }
+}
+
+TEST_F(Handles, SurviveTheirReleaseDuringACall) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  clear_journal();
+  std::thread calling([this, handle] {
+    tm_number sleep{500};
+    EXPECT_EQ(kernel().through(handle, TM_SLEEP, &sleep), 1);
+    EXPECT_EQ(kernel().error(), (Error{0, {}}));
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(150));
+  EXPECT_FALSE(close(handle)) << "the call holds a reference";
+  EXPECT_EQ(journal("close"), Lines{});
+  calling.join();
+  EXPECT_EQ(journal("close"), Lines{"tm_plain close 1"});
+  EXPECT_TRUE(kernel().fails(handle, kSomeCode, nullptr, closed(handle, kSomeCode, 0)));
+}
+
+TEST_F(Handles, FailACallWhoseReferenceSomebodyElseReleased) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  std::thread calling([this, handle] {
+    tm_number sleep{500};
+    EXPECT_TRUE(kernel().fails(handle, TM_SLEEP, &sleep, unknown(handle)));
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(150));
+  EXPECT_FALSE(close(handle));
+  EXPECT_TRUE(close(handle)) << "more releases than references";
+  calling.join();
+}
+
+TEST_F(Handles, MayBeReleasedByTheirOwnModuleDuringACall) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  clear_journal();
+  qm_handle_ref own{handle};
+  tm_forward forward{0, QM_CALL_CLOSEHANDLE, &own, -1};
+  EXPECT_EQ(kernel().through(handle, TM_FORWARD, &forward), 1);
+  EXPECT_EQ(forward.result, 1);
+  EXPECT_EQ(own.handle, handle);
+  EXPECT_EQ(journal("close"), Lines{"tm_plain close 1"}) << "when the call returned";
+}
+
+// ---- Direct calls ------------------------------------------------------------------------------
+
+TEST_F(Handles, ResolveToWhatADirectCallNeeds) {
+  open(QM_W("tm_plain"));
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  const qm_resolve_handle resolved = resolve(handle);
+  EXPECT_EQ(resolved.owner_handle, 2u);
+  EXPECT_EQ(reinterpret_cast<void*>(resolved.entry) != nullptr, true);
+  EXPECT_EQ(SharedLibrary::find_in(resolved.library, "qm_call") != nullptr, true);
+  clear_journal();
+  EXPECT_EQ(resolved.entry(resolved.owner_handle, kSomeCode, nullptr), 1);
+  EXPECT_EQ(journal(), Lines{"tm_plain call 12340001 2"});
+  EXPECT_FALSE(close(handle)) << "resolving adds a reference";
+  EXPECT_TRUE(close(handle));
+  EXPECT_TRUE(close(kFirst));
+}
+
+// ---- Closing -----------------------------------------------------------------------------------
+
+TEST_F(Handles, CloseTheirInstanceOnly) {
+  const std::uint32_t first = open(QM_W("tm_plain"));
+  const std::uint32_t second = open(QM_W("tm_plain"));
+  clear_journal();
+  EXPECT_TRUE(close(second));
+  EXPECT_EQ(journal(), Lines{"tm_plain close 2"});
+  EXPECT_EQ(result_of(first, 1), 1);
+  EXPECT_TRUE(close(first));
+}
+
+TEST_F(Handles, AreClosedEvenIfTheOwnerRefuses) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  set(handle, TM_CLOSE_RESULT, 0);
+  EXPECT_TRUE(close(handle));
+  EXPECT_EQ(kernel().live_handles(), 0);
+}
+
+TEST_F(Handles, MayBeOpenedWhileAnotherIsClosed) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  set(handle, TM_CLOSE_OPENS, 1);
+  EXPECT_TRUE(close(handle));
+  EXPECT_EQ(kernel().live_handles(), 1);
+  EXPECT_TRUE(close(kFirst + 1));
+}
+
+// A close that is sent through the handle reaches the module and ends its use; the table's entry
+// stays until it is released.
+TEST_F(Handles, StayAfterACloseSentThroughThem) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  clear_journal();
+  qm_handle_ref record{handle};
+  EXPECT_EQ(kernel().through(handle, QM_CALL_CLOSEHANDLE, &record), 1);
+  EXPECT_EQ(record.handle, handle);
+  EXPECT_EQ(journal(), (Lines{"tm_plain close 1", "tm_plain unload"}));
+  EXPECT_EQ(kernel().live_handles(), 1);
+  EXPECT_EQ(kernel()(QM_CALL_CLOSEHANDLE, &record), 1) << "nothing left to close";
+  EXPECT_EQ(record.handle, 0u);
+  EXPECT_EQ(journal(), (Lines{"tm_plain close 1", "tm_plain unload"}));
+}
+
+TEST_F(Handles, SendASecondCloseToAModuleThatIsStillThere) {
+  install("qmtm_family");
+  const std::uint32_t handle = open(QM_W("qmtm_family"));
+  clear_journal();
+  qm_handle_ref record{handle};
+  EXPECT_EQ(kernel().through(handle, QM_CALL_CLOSEHANDLE, &record), 1);
+  EXPECT_EQ(kernel()(QM_CALL_CLOSEHANDLE, &record), 1);
+  EXPECT_EQ(journal(), (Lines{"qmtm_family close 1", "qmtm_family close 1"}));
+}
+
+// ---- Groups ------------------------------------------------------------------------------------
+
+TEST_F(Handles, OfAGroupNeedNoOpening) {
+  install_as("tm_plain", "qmlog");
+  clear_journal();
+  constexpr std::uint32_t kLog = QM_GROUP_HANDLE(0x1101);
+  EXPECT_EQ(kernel().through(kLog, 0x11010003), 1);
+  EXPECT_EQ(journal(), (Lines{"qmlog load", "qmlog notice entry=1", "qmlog call 11010003 0"}));
+  EXPECT_EQ(kernel().live_handles(), 0);
+  EXPECT_EQ(result_of(kLog, 7), 1);
+  EXPECT_EQ(result_of(kLog, -1), 1);
+  EXPECT_EQ(result_of(kLog, 0), 0);
+}
+
+struct GroupRow {
+  std::uint32_t group;
+  const char* module;
+};
+
+constexpr GroupRow kGroups[] = {
+    {0x1100, "qmproperty"}, {0x1101, "qmlog"},      {0x1102, "qmstream"},
+    {0x1103, "qmtrafo"},    {0x1104, "qmimage"},    {0x1105, "qmbmp"},
+    {0x1106, "qmjpeg"},     {0x1107, "qmwatchdog"}, {0x1108, "qmmotdet"},
+    {0x1109, "qmjpeg2k"},   {0x110A, "qmzlib"},     {0x110B, "qmpng"},
+    {0x110D, "qmspeed"},    {0x110E, "qmpropfile"}, {0x110F, "qmpropclient"},
+    {0x1110, "qmjpeg8"},    {0x1111, "qmjpeg12"},   {0x1113, "qmwsq"},
+};
+
+TEST_F(Handles, OfAGroupLeadToTheGroupsModule) {
+  for (const GroupRow& row : kGroups) {
+    const std::uint32_t handle = QM_GROUP_HANDLE(row.group);
+    EXPECT_TRUE(kernel().fails(handle, kSomeCode, nullptr, cannot_load(row.module))) << row.module;
+    install_as("tm_plain", row.module);
+    clear_journal();
+    EXPECT_EQ(kernel().through(handle, kSomeCode), 1) << row.module;
+    EXPECT_EQ(journal("call"), Lines{std::string(row.module) + " call 12340001 0"});
+  }
+}
+
+}  // namespace
+}  // namespace contract

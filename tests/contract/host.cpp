@@ -1,0 +1,128 @@
+// A host process of its own, for what can only be seen when a process ends. Usage: contract_host
+// SCENARIO. The exit code is 42 when the scenario went as planned up to its end.
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include "include/qmsd7.h"
+#include "tests/contract/support/shared_library.h"
+#include "tests/modules/test_module.h"
+
+namespace {
+
+constexpr int kAsPlanned = 42;
+constexpr int kFailed = 1;
+
+qm_call_fn g_kernel = nullptr;
+
+// Never unloaded: the process's end is what the scenarios are about.
+void load_kernel() {
+  static auto* library = new contract::SharedLibrary(contract::kernel_file());
+  g_kernel = reinterpret_cast<qm_call_fn>(library->find("qm_call"));
+}
+
+std::uint32_t open(const qm_wchar* name) {
+  qm_open_module_w record{name, nullptr, 0};
+  g_kernel(0, QM_CALL_OPENMODULEW, &record);
+  return record.handle;
+}
+
+void sleep_for(int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+int leaves_handles_open() {
+  load_kernel();
+  for (const qm_wchar* name : {QM_W("tm_z1"), QM_W("tm_a1"), QM_W("tm_m1")}) {
+    if (open(name) == 0) return kFailed;
+  }
+  qm_realloc block{nullptr, 100};
+  return g_kernel(0, QM_CALL_REALLOC, &block) == 1 ? kAsPlanned : kFailed;
+}
+
+// The module's settings make the open last.
+int leaves_a_thread_in_an_open() {
+  load_kernel();
+  std::thread([] { open(QM_W("tm_plain")); }).detach();
+  sleep_for(300);
+  return kAsPlanned;
+}
+
+int leaves_a_thread_in_a_call() {
+  load_kernel();
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  if (handle == 0) return kFailed;
+  std::thread([handle] {
+    tm_number long_sleep{60000};
+    g_kernel(handle, TM_SLEEP, &long_sleep);
+  }).detach();
+  sleep_for(300);
+  return kAsPlanned;
+}
+
+// Each thread keeps one of the kernel's tables busy, so that it ends inside a lock sooner or later.
+void use_blocks() {
+  for (;;) {
+    qm_realloc block{nullptr, 16};
+    g_kernel(0, QM_CALL_REALLOC, &block);
+    block.size = 0;
+    g_kernel(0, QM_CALL_REALLOC, &block);
+  }
+}
+
+void use_handles() {
+  for (;;) {
+    qm_handle_ref handle{open(QM_W("tm_plain"))};
+    g_kernel(0, QM_CALL_CLOSEHANDLE, &handle);
+  }
+}
+
+void use_error_texts() {
+  for (;;) {
+    const qm_error_text pair{0x2001, QM_W("text")};
+    qm_add_error_texts texts{1, &pair};
+    g_kernel(0, QM_CALL_ADDERRORTEXTS, &texts);
+  }
+}
+
+int leaves_busy_threads() {
+  load_kernel();
+  open(QM_W("tm_plain"));
+  for (void (*use)() : {use_blocks, use_handles, use_error_texts}) std::thread(use).detach();
+  sleep_for(100);
+  return kAsPlanned;
+}
+
+// The caller's library is older than the kernel, so its clean-up code runs after the kernel's.
+int leaves_a_caller_behind() {
+  static auto* caller = new contract::SharedLibrary(
+      std::filesystem::current_path() / (std::string("tmc_closed") + contract::kLibraryExtension));
+  load_kernel();
+  reinterpret_cast<void (*)(qm_call_fn)>(caller->find("tmc_use_kernel"))(g_kernel);
+  return g_kernel(0, QM_CALL_NOP, nullptr) == 1 ? kAsPlanned : kFailed;
+}
+
+struct Scenario {
+  const char* name;
+  int (*play)();
+};
+
+constexpr Scenario kScenarios[] = {
+    {"leaves_handles_open", leaves_handles_open},
+    {"leaves_a_thread_in_an_open", leaves_a_thread_in_an_open},
+    {"leaves_a_thread_in_a_call", leaves_a_thread_in_a_call},
+    {"leaves_busy_threads", leaves_busy_threads},
+    {"leaves_a_caller_behind", leaves_a_caller_behind},
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  for (const Scenario& scenario : kScenarios) {
+    if (count == 2 && std::strcmp(arguments[1], scenario.name) == 0) return scenario.play();
+  }
+  return kFailed;
+}

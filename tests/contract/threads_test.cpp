@@ -1,0 +1,385 @@
+// Many threads at once: each service from several sides, and the rules for modules being loaded.
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "tests/contract/support/module_test.h"
+
+namespace contract {
+namespace {
+
+constexpr int kThreads = 8;
+constexpr std::uint32_t kSomeCode = 0x12340001;
+
+class Threads : public ModuleTest {
+ protected:
+  // Runs the body on several threads that start at the same moment.
+  static void run(int threads, const std::function<void(int)>& body) {
+    std::atomic<bool> go{false};
+    std::vector<std::thread> all;
+    for (int number = 0; number < threads; ++number) {
+      all.emplace_back([&, number] {
+        while (!go) std::this_thread::yield();
+        body(number);
+      });
+    }
+    go = true;
+    for (std::thread& thread : all) thread.join();
+  }
+  static void run(const std::function<void(int)>& body) { run(kThreads, body); }
+
+  static std::string numbered(const char* prefix, int number) {
+    return prefix + std::to_string(number / 10) + std::to_string(number % 10);
+  }
+  // Waits until the modules have noted this.
+  void wait_for(const std::string& line) const {
+    const auto start = std::chrono::steady_clock::now();
+    while (journal(line).empty() && elapsed_since(start).count() < 10000) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }
+  // An open that may fail, and the error that it left.
+  std::pair<std::uint32_t, Error> try_open(const qm_wchar* name) const {
+    qm_open_module_w record{name, nullptr, 0};
+    kernel()(QM_CALL_OPENMODULEW, &record);
+    return {record.handle, kernel().error()};
+  }
+};
+
+// ---- Errors ------------------------------------------------------------------------------------
+
+TEST_F(Threads, HaveErrorsOfTheirOwn) {
+  run([this](int number) {
+    const Text text = text_of("error of thread %d", number);
+    for (int times = 0; times < 200; ++times) {
+      qm_set_error_w record{QM_SET_ERROR_LITERAL | QM_SET_ERROR_NO_CODE_TEXT, number, text.c_str(),
+                            nullptr};
+      ASSERT_EQ(kernel()(QM_CALL_SETERRORW, &record), 1);
+      ASSERT_EQ(kernel()(QM_CALL_PUSHERROR), 1);
+      ASSERT_EQ(kernel()(QM_CALL_SETERRORW), 0);
+      ASSERT_TRUE(kernel().has_error(failure(22, "(!ptr)")));
+      ASSERT_EQ(kernel()(QM_CALL_POPERROR), 1);
+      ASSERT_EQ(kernel().error(), (Error{number, text}));
+    }
+  });
+}
+
+TEST_F(Threads, RegisterAndShowErrorTexts) {
+  run([this](int number) {
+    for (std::int32_t i = 0; i < 150; ++i) {
+      const std::int32_t shared = 0x2000 + i;
+      const std::int32_t own = 0x3000 + 0x100 * number + i;
+      const Text text = text_of("%d", own);
+      const qm_error_text pairs[] = {{shared, QM_W("shared")}, {own, text.c_str()}};
+      qm_add_error_texts record{2, pairs};
+      ASSERT_EQ(kernel()(QM_CALL_ADDERRORTEXTS, &record), 1);
+      for (const std::int32_t code : {shared, own, 20000 + i}) {
+        qm_set_error_w set{QM_SET_ERROR_LITERAL, code, QM_W("|"), nullptr};
+        ASSERT_EQ(kernel()(QM_CALL_SETERRORW, &set), 1);
+        const Text shown = kernel().error().message;
+        if (code == shared) {
+          ASSERT_EQ(shown, QM_W("shared |"));
+        } else if (code == own) {
+          ASSERT_EQ(shown, text + QM_W(" |"));
+        } else {
+          ASSERT_EQ(shown, runtime_text(code) + QM_W(" |"));
+        }
+      }
+    }
+  });
+}
+
+TEST_F(Threads, BeginAndEndWhileOthersUseTheTables) {
+  std::atomic<bool> stop{false};
+  std::thread busy([&] {
+    while (!stop) {
+      void* block = allocate(16);
+      release(block);
+      const qm_error_text pair{0x2001, QM_W("text")};
+      qm_add_error_texts record{1, &pair};
+      kernel()(QM_CALL_ADDERRORTEXTS, &record);
+    }
+  });
+  for (int times = 0; times < 100; ++times) {
+    std::thread([this] {
+      EXPECT_EQ(kernel()(QM_CALL_SETERRORW), 0);
+      EXPECT_EQ(kernel()(QM_CALL_PUSHERROR), 1);
+    }).join();
+  }
+  stop = true;
+  busy.join();
+}
+
+// ---- Blocks ------------------------------------------------------------------------------------
+
+TEST_F(Threads, AllocateResizeMeasureAndRelease) {
+  run([this](int number) {
+    for (std::int32_t i = 1; i < 150; ++i) {
+      qm_realloc_pos block{nullptr, i, "threads", number};
+      ASSERT_EQ(kernel()(QM_CALL_REALLOCPOS, &block), 1);
+      std::memset(block.pointer, number, static_cast<std::size_t>(i));
+      qm_mem_size size{block.pointer, 0};
+      ASSERT_EQ(kernel()(QM_CALL_MEMSIZE, &size), 1);
+      ASSERT_EQ(size.size, (i + 3) / 4 * 4);
+      block.size = 3 * i;
+      ASSERT_EQ(kernel()(QM_CALL_REALLOCPOS, &block), 1);
+      ASSERT_EQ(static_cast<unsigned char*>(block.pointer)[i - 1], number);
+      ASSERT_EQ(kernel()(QM_CALL_MEMCHECK), 1);
+      block.size = 0;
+      ASSERT_EQ(kernel()(QM_CALL_REALLOCPOS, &block), 1);
+    }
+  });
+}
+
+TEST_F(Threads, ReleaseWhatOthersAllocated) {
+  std::vector<void*> blocks(kThreads * 50);
+  run([&](int number) {
+    for (std::size_t i = static_cast<std::size_t>(number); i < blocks.size(); i += kThreads) {
+      blocks[i] = allocate(static_cast<std::int32_t>(i) + 1);
+    }
+  });
+  EXPECT_EQ(kernel().live_blocks(), static_cast<int>(blocks.size()));
+  run([&](int number) {
+    for (std::size_t i = static_cast<std::size_t>(kThreads - 1 - number); i < blocks.size();
+         i += kThreads) {
+      release(blocks[i]);
+    }
+  });
+}
+
+// ---- Handles -----------------------------------------------------------------------------------
+
+TEST_F(Threads, OpenCallAndCloseOneModule) {
+  install("tm_plain");
+  const std::uint32_t keeps_it_loaded = open(QM_W("tm_plain"));
+  run([this](int) {
+    for (int times = 0; times < 60; ++times) {
+      const std::uint32_t handle = open(QM_W("tm_plain"));
+      ASSERT_NE(handle, 0u);
+      tm_number number{7};
+      ASSERT_EQ(kernel().through(handle, TM_RESULT, &number), 1);
+      ASSERT_TRUE(close(handle));
+    }
+  });
+  EXPECT_EQ(journal("tm_plain load").size(), 1u);
+  EXPECT_TRUE(close(keeps_it_loaded));
+  EXPECT_FALSE(is_loaded("tm_plain"));
+}
+
+TEST_F(Threads, LoadAndUnloadOneModule) {
+  install("tm_plain");
+  run(4, [this](int) {
+    for (int times = 0; times < 25; ++times) {
+      const std::uint32_t handle = open(QM_W("tm_plain"));
+      ASSERT_NE(handle, 0u);
+      tm_number number{7};
+      ASSERT_EQ(kernel().through(handle, TM_RESULT, &number), 1);
+      ASSERT_TRUE(close(handle));
+    }
+  });
+  EXPECT_FALSE(is_loaded("tm_plain"));
+  EXPECT_EQ(journal("tm_plain load").size(), journal("tm_plain notice").size());
+}
+
+TEST_F(Threads, OpenCallAndCloseModulesOfTheirOwn) {
+  for (int number = 0; number < kThreads; ++number) {
+    install_as("tm_plain", numbered("tm_", number));
+  }
+  run([this](int number) {
+    const Text name = widen(numbered("tm_", number));
+    for (int times = 0; times < 15; ++times) {
+      const std::uint32_t handle = open(name);
+      ASSERT_NE(handle, 0u);
+      tm_number value{number};
+      ASSERT_EQ(kernel().through(handle, TM_RESULT, &value), number == 0 ? 0 : 1);
+      ASSERT_TRUE(close(handle));
+    }
+  });
+  for (int number = 0; number < kThreads; ++number) {
+    EXPECT_FALSE(is_loaded(numbered("tm_", number)));
+  }
+}
+
+TEST_F(Threads, OpenAliasedModulesAtOnce) {
+  std::string store;
+  for (int number = 0; number < kThreads; ++number) {
+    install_as("tm_plain", numbered("tm_", number));
+    store += "/default/" + numbered("viewer", number) + "=" + numbered("tm_", number) + " : g" +
+             std::to_string(number) + "\n";
+  }
+  load_kernel_with_store(store);
+  run(2 * kThreads, [this](int number) {
+    const Text name = widen(numbered("viewer", number % kThreads));
+    const std::uint32_t handle = open(name);
+    ASSERT_NE(handle, 0u);
+    ASSERT_EQ(kernel().through(handle, kSomeCode), 1);
+    ASSERT_TRUE(close(handle));
+  });
+}
+
+TEST_F(Threads, ShareOneHandle) {
+  install("tm_plain");
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  run([&](int) {
+    for (int times = 0; times < 150; ++times) {
+      qm_handle_ref record{handle};
+      ASSERT_EQ(kernel()(QM_CALL_REFHANDLE, &record), 1);
+      tm_number number{1};
+      ASSERT_EQ(kernel().through(handle, TM_RESULT, &number), 1);
+      ASSERT_EQ(kernel()(QM_CALL_UNREFHANDLE, &record), 1);
+      ASSERT_EQ(record.handle, handle);
+    }
+  });
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Threads, KeepAHandleAliveBetweenThem) {
+  install("tm_plain");
+  for (int times = 0; times < 20; ++times) {
+    const std::uint32_t handle = open(QM_W("tm_plain"));
+    qm_handle_ref more{handle};
+    for (int number = 1; number < kThreads; ++number) {
+      EXPECT_EQ(kernel()(QM_CALL_REFHANDLE, &more), 1);
+    }
+    std::atomic<int> last{0};
+    run([&](int) {
+      tm_number number{1};
+      EXPECT_EQ(kernel().through(handle, TM_RESULT, &number), 1);
+      if (close(handle)) ++last;
+    });
+    EXPECT_EQ(last, 1) << "exactly one reference is the last";
+    EXPECT_EQ(kernel().live_handles(), 0);
+  }
+}
+
+TEST_F(Threads, ReachAGroupsModuleAtOnce) {
+  install_as("tm_plain", "qmlog");
+  run([this](int) {
+    for (int times = 0; times < 100; ++times) {
+      tm_number number{1};
+      ASSERT_EQ(kernel().through(QM_GROUP_HANDLE(0x1101), TM_RESULT, &number), 1);
+    }
+  });
+  EXPECT_EQ(journal("load"), Lines{"qmlog load"});
+}
+
+// ---- Loading -----------------------------------------------------------------------------------
+
+TEST_F(Threads, WaitForAModuleThatAnotherOneIsLoading) {
+  install("tm_slownotice");
+  std::thread loading([this] { EXPECT_TRUE(close(open(QM_W("tm_slownotice")))); });
+  wait_for("notice entry");
+  const std::uint32_t handle = open(QM_W("tm_slownotice"));
+  const Lines lines = journal();
+  ASSERT_GE(lines.size(), 5u);
+  EXPECT_EQ(lines[1], "tm_slownotice notice entry=1");
+  EXPECT_EQ(lines[2], "tm_slownotice notice done") << "nobody calls the module before that";
+  EXPECT_EQ(journal("notice entry").size(), 1u);
+  loading.join();
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Threads, GiveUpOnAModuleThatTakesTooLong) {
+  install("tm_plain");
+  configure("tm_plain.notice_sleep=3500");
+  std::thread loading([this] { EXPECT_TRUE(close(open(QM_W("tm_plain")))); });
+  wait_for("notice entry");
+  const auto start = std::chrono::steady_clock::now();
+  const auto [handle, error] = try_open(QM_W("tm_plain"));
+  const auto waited = elapsed_since(start).count();
+  EXPECT_EQ(handle, 0u);
+  EXPECT_EQ(error, (Error{16, failure(16, "('tm_plain')").message()}));
+  EXPECT_GE(waited, 1950);
+  EXPECT_LE(waited, 2900);
+  loading.join();
+  configure("");
+}
+
+// The bound holds where the loading thread sits inside the system's loader.
+TEST_F(Threads, GiveUpOnAModuleThatTakesTooLongToLoad) {
+  install("tm_plain");
+  configure("tm_plain.load_sleep=3500");
+  std::atomic<bool> go{false};
+  std::thread waiting([&] {
+    while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const auto start = std::chrono::steady_clock::now();
+    const auto [handle, error] = try_open(QM_W("tm_plain"));
+    const auto waited = elapsed_since(start).count();
+    EXPECT_EQ(handle, 0u);
+    EXPECT_EQ(error, (Error{16, failure(16, "('tm_plain')").message()}));
+    EXPECT_GE(waited, 1950);
+    EXPECT_LE(waited, 2900);
+  });
+  std::thread watching([&] {
+    wait_for("load");
+    go = true;
+  });
+  EXPECT_TRUE(close(open(QM_W("tm_plain"))));
+  waiting.join();
+  watching.join();
+  configure("");
+}
+
+TEST_F(Threads, ReadAModulesVersionTextsOnce) {
+  install("tm_plain");
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  std::vector<qm_version_props*> found(kThreads);
+  run([&](int number) {
+    qm_module_version record{};
+    EXPECT_EQ(kernel().through(handle, QM_CALL_MODULEVERSIONINFO, &record), 1);
+    found[static_cast<std::size_t>(number)] = record.props;
+  });
+  for (const qm_version_props* props : found) EXPECT_EQ(props, found[0]);
+  EXPECT_EQ(kernel().live_blocks(), 1);
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Threads, ListModulesAtOnce) {
+  install("tm_plain");
+  const ScopedVariable path("PATH", std::nullopt);
+  run(4, [this](int) {
+    for (int times = 0; times < 10; ++times) {
+      qm_list_modules_w record{0, QM_W("tm_plain"), nullptr, nullptr, 0};
+      ASSERT_EQ(kernel()(QM_CALL_LISTMODULESW, &record), 1);
+      ASSERT_EQ(record.count, 1);
+      release(record.paths[0]);
+      release(record.paths);
+      release(record.versions);
+    }
+  });
+}
+
+// ---- Everything --------------------------------------------------------------------------------
+
+TEST_F(Threads, UseEverythingAtOnce) {
+  install("tm_plain");
+  install_as("tm_plain", "tm_other");
+  install_as("tm_plain", "qmlog");
+  run([this](int number) {
+    for (int times = 0; times < 40; ++times) {
+      const std::uint32_t handle = open(number % 2 == 0 ? QM_W("tm_plain") : QM_W("tm_other"));
+      ASSERT_NE(handle, 0u);
+      qm_realloc block{nullptr, 10 + times};
+      ASSERT_EQ(kernel().through(handle, TM_ALLOCATE, &block), 1);
+      ASSERT_EQ(kernel().through(QM_GROUP_HANDLE(0x1101), kSomeCode), 1);
+      tm_number code{1000 + number};
+      ASSERT_EQ(kernel().through(handle, TM_FAIL, &code), 0);
+      ASSERT_EQ(kernel().error().code, 1000 + number);
+      release(block.pointer);
+      ASSERT_TRUE(close(handle));
+    }
+  });
+  EXPECT_FALSE(is_loaded("tm_plain"));
+  EXPECT_FALSE(is_loaded("tm_other"));
+}
+
+TEST_F(Threads, MakeTheFirstCallAtOnce) {
+  for (int times = 0; times < 20; ++times) {
+    load_kernel();
+    run([this](int) { EXPECT_EQ(kernel()(QM_CALL_NOP), 1); });
+  }
+}
+
+}  // namespace
+}  // namespace contract
