@@ -42,6 +42,12 @@ run_check() {
   if "$2"; then PASSED=$((PASSED + 1)); else FAILED=$((FAILED + 1)); fi
 }
 
+run_source_checks() {
+  run_check "layers" check_layers
+  run_check "text rules" check_text_rules
+  run_check "format" check_format
+}
+
 close_tests() {
   say "All results"
   ((${#BROKEN[@]} == 0)) || printf 'could not be run: %s\n' "${BROKEN[@]}"
@@ -57,9 +63,7 @@ run_tests() {
   else
     suites=("${SUITES[@]}")
     ensure_test_packages "${suites[@]}" checks
-    run_check "layers" check_layers
-    run_check "text rules" check_text_rules
-    run_check "format" check_format
+    run_source_checks
   fi
   [[ " ${suites[*]} " != *\ windows\ * ]] || keep_wine_server "$ROOT/build/wine"
   for name in "${suites[@]}"; do run_suite "$name"; done
