@@ -39,4 +39,6 @@ void Sleeper::wake(std::uint32_t threads) noexcept {
   ::syscall(SYS_futex, &tokens_, FUTEX_WAKE_PRIVATE, woken, nullptr, nullptr, 0);
 }
 
+void refuse_sleeper_objects(bool) noexcept {}
+
 }  // namespace qmsd::platform

@@ -1,29 +1,51 @@
-// The runtime's wide character is one unit here, so a surrogate pair has no narrow form.
+// The runtime's own routines answer what they cannot convert with "?" or something alike, so the
+// system's are asked instead, for the code page that the runtime's locale has. A wide character is
+// one unit here: a surrogate pair has no narrow form.
 #include "platform/runtime_characters.h"
 
-#include <climits>
-#include <cstdlib>
+#include <windows.h>
+
+#include <cctype>
+#include <clocale>
 
 #include "platform/keep_errors.h"
 
 namespace qmsd::platform {
+namespace {
+
+constexpr UINT kCLocale = 0;
+
+UINT runtime_code_page() { return ::___lc_codepage_func(); }
+
+}  // namespace
 
 WideCharacter runtime_widen(const char* source, std::size_t length) noexcept {
+  const auto lead = static_cast<unsigned char>(*source);
+  const UINT code_page = runtime_code_page();
+  if (code_page == kCLocale) return {1, 1, {lead, 0}};
+  const int bytes = ::isleadbyte(lead) ? 2 : 1;
+  if (static_cast<std::size_t>(bytes) > length) return {};
   const KeepErrors keep;
   WideCharacter result{};
-  const int taken = std::mbtowc(&result.units[0], source, length);
-  if (taken <= 0) return {};
-  result.taken = static_cast<std::size_t>(taken);
+  const int made =
+      ::MultiByteToWideChar(code_page, MB_ERR_INVALID_CHARS, source, bytes, result.units, 2);
+  if (made != 1) return {};
+  result.taken = static_cast<std::size_t>(bytes);
   result.made = 1;
   return result;
 }
 
 NarrowCharacter runtime_narrow(const qm_wchar* source, std::size_t) noexcept {
-  static_assert(sizeof(NarrowCharacter::bytes) >= MB_LEN_MAX);
+  const UINT code_page = runtime_code_page();
+  if (code_page == kCLocale) {
+    return *source > 0xFF ? NarrowCharacter{} : NarrowCharacter{1, 1, {static_cast<char>(*source)}};
+  }
   const KeepErrors keep;
   NarrowCharacter result{};
-  const int made = std::wctomb(result.bytes, *source);
-  if (made <= 0) return {};
+  BOOL replaced = FALSE;
+  const int made = ::WideCharToMultiByte(code_page, WC_NO_BEST_FIT_CHARS, source, 1, result.bytes,
+                                         sizeof result.bytes, nullptr, &replaced);
+  if (made <= 0 || replaced) return {};
   result.taken = 1;
   result.made = static_cast<std::size_t>(made);
   return result;

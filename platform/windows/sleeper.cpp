@@ -13,6 +13,14 @@ constexpr DWORD kPollMilliseconds = 1;
 
 const HANDLE kNoSemaphore = INVALID_HANDLE_VALUE;
 
+std::atomic<bool> objects_refused{false};
+
+HANDLE make_semaphore() {
+  if (objects_refused.load(std::memory_order_relaxed)) return kNoSemaphore;
+  const HANDLE semaphore = ::CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr);
+  return semaphore != nullptr ? semaphore : kNoSemaphore;
+}
+
 void close_semaphore(HANDLE semaphore) {
   if (semaphore != nullptr && semaphore != kNoSemaphore) ::CloseHandle(semaphore);
 }
@@ -20,8 +28,7 @@ void close_semaphore(HANDLE semaphore) {
 HANDLE shared_semaphore(std::atomic<void*>& object) {
   void* decided = object.load(std::memory_order_acquire);
   if (decided != nullptr) return decided;
-  HANDLE mine = ::CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr);
-  if (mine == nullptr) mine = kNoSemaphore;
+  const HANDLE mine = make_semaphore();
   if (object.compare_exchange_strong(decided, mine, std::memory_order_acq_rel)) return mine;
   close_semaphore(mine);
   return decided;
@@ -56,6 +63,10 @@ void Sleeper::wake(std::uint32_t threads) noexcept {
   } else {
     tokens_.fetch_add(threads, std::memory_order_release);
   }
+}
+
+void refuse_sleeper_objects(bool refused) noexcept {
+  objects_refused.store(refused, std::memory_order_relaxed);
 }
 
 }  // namespace qmsd::platform
