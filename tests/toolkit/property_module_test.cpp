@@ -47,12 +47,12 @@ TEST_F(PropertyModule, CallsItDoesNotKnowAreRefused) {
   start(std::nullopt);
   for (const std::uint32_t code : {0x11000007u, 0x1100000Au, 0x10000000u, 0x10030001u, 0u}) {
     EXPECT_EQ(call(code, nullptr), 0);
-    EXPECT_EQ(reported.code, 22);
-    EXPECT_EQ(reported.message, "[qmproperty] (function)");
+    EXPECT_EQ(reported().code, 22);
+    EXPECT_EQ(reported().message, "[qmproperty] (function)");
   }
   EXPECT_EQ(call(QM_PROPERTY_SAVE, nullptr, 4711), 0);
-  EXPECT_EQ(reported.code, 22);
-  EXPECT_EQ(reported.message, "[qmproperty] (handle)");
+  EXPECT_EQ(reported().code, 22);
+  EXPECT_EQ(reported().message, "[qmproperty] (handle)");
 }
 
 TEST_F(PropertyModule, RecordsAreChecked) {
@@ -62,8 +62,8 @@ TEST_F(PropertyModule, RecordsAreChecked) {
         QM_PROPERTY_REMOVEW, QM_PROPERTY_REMOVEA, QM_PROPERTY_LISTW, QM_PROPERTY_LISTA,
         std::uint32_t{QM_CALL_OPENMODULEW}}) {
     EXPECT_EQ(call(code, nullptr), 0);
-    EXPECT_EQ(reported.code, 22);
-    EXPECT_EQ(reported.message, "[qmproperty] (!ptr)");
+    EXPECT_EQ(reported().code, 22);
+    EXPECT_EQ(reported().message, "[qmproperty] (!ptr)");
   }
   qm_wchar buffer[4];
   qm_property_text no_path{nullptr, buffer, 4};
@@ -72,16 +72,16 @@ TEST_F(PropertyModule, RecordsAreChecked) {
   qm_property_text negative{QM_W("/"), buffer, INT32_MIN};
   for (const std::uint32_t code : {QM_PROPERTY_READW, QM_PROPERTY_LISTW}) {
     EXPECT_EQ(call(code, &no_path), 0);
-    EXPECT_EQ(reported.message, "[qmproperty] (!path)");
+    EXPECT_EQ(reported().message, "[qmproperty] (!path)");
     for (qm_property_text* record : {&no_text, &no_room, &negative}) {
       EXPECT_EQ(call(code, record), 0);
-      EXPECT_EQ(reported.code, 22);
-      EXPECT_EQ(reported.message, "[qmproperty] (!text || length < 1)");
+      EXPECT_EQ(reported().code, 22);
+      EXPECT_EQ(reported().message, "[qmproperty] (!text || length < 1)");
     }
   }
   qm_property_write_w nothing{QM_W("/x"), nullptr};
   EXPECT_EQ(call(QM_PROPERTY_WRITEW, &nothing), 0);
-  EXPECT_EQ(reported.message, "[qmproperty] (!text)");
+  EXPECT_EQ(reported().message, "[qmproperty] (!text)");
 }
 
 TEST_F(PropertyFile, ThatIsNoTomlFailsEveryCallAndStaysAsItIs) {
@@ -89,9 +89,9 @@ TEST_F(PropertyFile, ThatIsNoTomlFailsEveryCallAndStaysAsItIs) {
   start(kBroken);
   const auto fails = [&](bool succeeded) {
     EXPECT_FALSE(succeeded);
-    EXPECT_EQ(reported.code, 14);
-    EXPECT_NE(reported.message.find("qmproperty.toml, line 3, column 7: "), std::string::npos)
-        << reported.message;
+    EXPECT_EQ(reported().code, 14);
+    EXPECT_NE(reported().message.find("qmproperty.toml, line 3, column 7: "), std::string::npos)
+        << reported().message;
   };
   fails(read(QM_W("/good")).has_value());
   fails(list(QM_W("/")).has_value());
@@ -106,10 +106,10 @@ TEST_F(PropertyFile, ThatCannotBeReadFailsEveryCallAndStaysAsItIs) {
   start(std::nullopt);
   const auto fails = [&](bool succeeded) {
     EXPECT_FALSE(succeeded);
-    EXPECT_NE(reported.code, 0);
-    EXPECT_NE(reported.message.find("qmproperty.toml cannot be read (system error"),
+    EXPECT_NE(reported().code, 0);
+    EXPECT_NE(reported().message.find("qmproperty.toml cannot be read (system error"),
               std::string::npos)
-        << reported.message;
+        << reported().message;
   };
   fails(read(QM_W("/good")).has_value());
   fails(write(QM_W("/good"), QM_W("2")));
@@ -130,7 +130,7 @@ TEST_F(PropertyFile, TruncatedAnywhereNeverCrashes) {
       "a = \"x\\u00e4\"\n[b.'c']\nd = [1, {e = 0x1F}, 1.5e3]\nf = 1979-05-27T07:32:00.5+01:00\n";
   for (std::size_t length = 0; length <= whole.size(); ++length) {
     start(whole.substr(0, length));
-    EXPECT_TRUE(list(QM_W("/")) || reported.code == 14) << length;
+    EXPECT_TRUE(list(QM_W("/")) || reported().code == 14) << length;
   }
 }
 
@@ -151,7 +151,7 @@ TEST_F(PropertyThreads, ReadWriteAndSaveTogether) {
       expect(write(path, QM_W("on")));
       expect(read(path) == QM_W("on"));
       expect(remove(path));
-      expect(!read(path) && reported.code == 2);
+      expect(!read(path) && reported().code == 2);
     }
   };
   const auto saver = [&] {

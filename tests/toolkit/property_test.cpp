@@ -6,8 +6,6 @@
 
 namespace toolkit_test {
 
-thread_local Reported reported;
-
 namespace {
 
 std::int32_t QM_STDCALL stand_in_kernel(std::uint32_t handle, std::uint32_t function,
@@ -16,11 +14,16 @@ std::int32_t QM_STDCALL stand_in_kernel(std::uint32_t handle, std::uint32_t func
   EXPECT_EQ(function, static_cast<std::uint32_t>(QM_CALL_SETERRORW));
   const auto* const record = static_cast<const qm_set_error_w*>(params);
   EXPECT_NE(record->flags & QM_SET_ERROR_LITERAL, 0u) << "a path must not be taken for a format";
-  reported = {record->code, record->text == nullptr ? "" : contract::printable(record->text)};
+  reported() = {record->code, record->text == nullptr ? "" : contract::printable(record->text)};
   return 1;
 }
 
 }  // namespace
+
+Reported& reported() {
+  static thread_local Reported last;
+  return last;
+}
 
 std::string content_of(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);

@@ -24,7 +24,7 @@ struct Reported {
   std::int32_t code = 0;
   std::string message;  // ASCII, everything else as \uXXXX
 };
-extern thread_local Reported reported;
+Reported& reported();
 
 std::string content_of(const std::filesystem::path& file);
 void set_content(const std::filesystem::path& file, std::string_view content);
@@ -37,7 +37,7 @@ class PropertyTest : public testing::Test {
   void start_again();
 
   std::int32_t call(std::uint32_t function, void* record, std::uint32_t handle = 0) const {
-    reported = {};
+    reported() = {};
     return entry_(handle, function, record);
   }
 

@@ -1,5 +1,5 @@
 // A writer of our own: the library's loses keys that begin with a quote, and the line break at the
-// start of a text.
+// start of a text. It only prints numbers, booleans, dates and times.
 #include "toolkit/qmproperty/document.h"
 
 #include <algorithm>
@@ -41,6 +41,20 @@ std::string spell_key(std::string_view key) {
   return bare ? std::string(key) : quoted(key);
 }
 
+std::string spell_array(const toml::array& array) {
+  std::string out;
+  for (const toml::node& item : array) out += (out.empty() ? "" : ", ") + spell_value(item);
+  return '[' + out + ']';
+}
+
+std::string spell_inline(const toml::table& table) {
+  std::string out;
+  for (const auto& [key, value] : table) {
+    out += (out.empty() ? " " : ", ") + spell_key(key.str()) + " = " + spell_value(value);
+  }
+  return '{' + out + " }";
+}
+
 // `header` is the table's own dotted name, empty for the root.
 void append_table(std::string& out, const toml::table& table, const std::string& header) {
   const auto is_table = [](const auto& entry) { return entry.second.is_table(); };
@@ -63,6 +77,8 @@ void append_table(std::string& out, const toml::table& table, const std::string&
 
 std::string spell_value(const toml::node& value) {
   if (const auto* const text = value.as_string(); text != nullptr) return quoted(text->get());
+  if (const auto* const array = value.as_array(); array != nullptr) return spell_array(*array);
+  if (const auto* const table = value.as_table(); table != nullptr) return spell_inline(*table);
   std::ostringstream out;
   out.imbue(std::locale::classic());  // whatever locale the host has chosen
   out << toml::toml_formatter(value);

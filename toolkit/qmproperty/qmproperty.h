@@ -5,7 +5,7 @@
  *            a node with children; everything else is a value. Keys that contain "/" or a line
  *            break cannot be addressed and are not listed.
  * Values     Strings are read as they are, other TOML values as they are written in TOML ("42",
- *            "true", "1979-05-27", "[ 1, 2 ]"). What is written through this module is a string.
+ *            "true", "1979-05-27", "[1, 2]"). What is written through this module is a string.
  * File       Read once, at the first use; a missing file is an empty tree. Changes live in memory
  *            until they are saved. A file that cannot be read or is not TOML is never overwritten:
  *            every call then fails, and the message tells line and column.

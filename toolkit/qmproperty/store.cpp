@@ -4,6 +4,7 @@
 #include <mutex>
 #include <shared_mutex>
 #include <system_error>
+#include <utility>
 
 #include "qmsd7.h"
 #include "toolkit/qmproperty/system.h"
@@ -26,71 +27,69 @@ Result file_problem(const std::filesystem::path& file, const char* what, std::er
 
 }  // namespace
 
-void Store::load() {
-  file_ = library_directory() / "qmproperty.toml";
+Store::Content::Content(std::filesystem::path name) : file(std::move(name)) {
   std::string document;
-  problem_ = {};
-  const std::error_code error = read_file(file_, document);
+  const std::error_code error = read_file(file, document);
   if (error && error != std::errc::no_such_file_or_directory) {
-    problem_ = file_problem(file_, "read", error);
-  } else if (Result bad = tree_.parse(document); !bad) {
-    problem_ = {bad.code, name_of(file_) + ", " + bad.message};
+    problem = file_problem(file, "read", error);
+  } else if (Result bad = tree.parse(document); !bad) {
+    problem = {bad.code, name_of(file) + ", " + bad.message};
   }
-  state_ = problem_ ? State::ready : State::unusable;
 }
 
 template <template <class> class Lock, class Work>
-Result Store::with_tree(Work work) {
-  if (state_ == State::unread) {
+Result Store::with_content(Work work) {
+  if (!used_) {
     const std::unique_lock lock(lock_);
-    if (state_ == State::unread) load();
+    if (!used_) content_ = std::make_unique<Content>(library_directory() / "qmproperty.toml");
+    used_ = true;
   }
   const Lock<SharedLock> lock(lock_);
-  if (state_ == State::closed) return {QM_ERROR_NOT_FOUND, "the properties are closed"};
-  return state_ == State::ready ? work() : problem_;
+  if (content_ == nullptr) return {QM_ERROR_NOT_FOUND, "the properties are closed"};
+  return content_->problem ? work(*content_) : content_->problem;
 }
 
 Result Store::read(std::string_view path, std::string& value) {
-  return with_tree<std::shared_lock>([&] { return tree_.read(path, value); });
+  return with_content<std::shared_lock>(
+      [&](const Content& content) { return content.tree.read(path, value); });
 }
 
 Result Store::list(std::string_view path, std::string& names) {
-  return with_tree<std::shared_lock>([&] { return tree_.list(path, names); });
+  return with_content<std::shared_lock>(
+      [&](const Content& content) { return content.tree.list(path, names); });
 }
 
 Result Store::write(std::string_view path, std::string_view value) {
-  return with_tree<std::unique_lock>([&] {
-    ++changes_;
-    return tree_.write(path, value);
+  return with_content<std::unique_lock>([&](Content& content) {
+    ++content.changes;
+    return content.tree.write(path, value);
   });
 }
 
 Result Store::remove(std::string_view path) {
-  return with_tree<std::unique_lock>([&] {
-    ++changes_;
-    return tree_.remove(path);
+  return with_content<std::unique_lock>([&](Content& content) {
+    ++content.changes;
+    return content.tree.remove(path);
   });
 }
 
 Result Store::save() {
   const std::unique_lock saving(save_lock_);
-  unsigned change = 0;
   std::string document;
-  Tree copy;
-  Result result = with_tree<std::shared_lock>([&] {
-    change = changes_;
-    if (change == saved_) return Result();
-    document = tree_.document();
-    Result readable = copy.parse(document);
-    return readable && copy == tree_
-               ? Result()
-               : Result{QM_ERROR_DAMAGED, "the tree cannot be written as TOML"};
+  unsigned change = 0;
+  bool changed = false;
+  Result result = with_content<std::shared_lock>([&](const Content& content) {
+    change = content.changes;
+    changed = change != content.saved;
+    if (changed) document = content.tree.document();
+    return Result();
   });
-  if (!result || change == saved_) return result;
-  if (const std::error_code error = replace_file(file_, document)) {
-    return file_problem(file_, "written", error);
+  if (!result || !changed) return result;
+  // `close` waits for nobody, but stands back while somebody saves: the content is still there.
+  if (const std::error_code error = replace_file(content_->file, document)) {
+    return file_problem(content_->file, "written", error);
   }
-  saved_ = change;
+  content_->saved = change;
   return {};
 }
 
@@ -98,10 +97,8 @@ void Store::close() noexcept {
   const std::unique_lock saving(save_lock_, std::try_to_lock);
   const std::unique_lock lock(lock_, std::try_to_lock);
   if (!saving || !lock) return;  // a thread was stopped inside: the process is ending
-  state_ = State::closed;
-  tree_ = Tree();
-  file_.clear();
-  problem_ = {};
+  used_ = true;
+  content_.reset();
 }
 
 }  // namespace qmproperty

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -26,24 +27,25 @@ class Store {
   void close() noexcept;
 
  private:
-  enum class State { unread, ready, unusable, closed };
+  // The file as it was read, and what became of it.
+  struct Content {
+    explicit Content(std::filesystem::path name);
 
-  // Runs `work` on the loaded tree under the given kind of lock.
+    const std::filesystem::path file;
+    Result problem;  // why the tree cannot be used
+    Tree tree;
+    unsigned changes = 0;  // counts the changes to the tree
+    unsigned saved = 0;    // the change that the file holds; belongs to who saves
+  };
+
+  // Runs `work` on the content, once there is a usable one, under the given kind of lock.
   template <template <class> class Lock, class Work>
-  Result with_tree(Work work);
-  void load();
+  Result with_content(Work work);
 
-  // Taken before `lock_`: one save at a time, and readers need not wait for the disk.
-  SharedLock save_lock_;
-  unsigned saved_ = 0;  // the change that the file holds
-
+  SharedLock save_lock_;  // one save at a time; taken before `lock_`
   SharedLock lock_;
-  std::atomic<State> state_ = State::unread;  // changes under the writer's lock
-  Tree tree_;
-  unsigned changes_ = 0;  // counts the changes to the tree
-  // Set while loading, constant afterwards.
-  std::filesystem::path file_;
-  Result problem_;  // why the tree is unusable
+  std::unique_ptr<Content> content_;
+  std::atomic<bool> used_ = false;  // set under the writer's lock, never cleared
 };
 
 }  // namespace qmproperty

@@ -23,8 +23,6 @@ class Tree {
   Result write(std::string_view path, std::string_view value);
   Result remove(std::string_view path);
 
-  bool operator==(const Tree& other) const { return root_ == other.root_; }
-
  private:
   toml::table root_;
 };
