@@ -18,14 +18,18 @@ bool RwLock::give_up() noexcept {
   return true;
 }
 
-// Comes back when the gate has been free, or may have been.
-void RwLock::wait_at_gate() noexcept {
-  Word word = 0;
-  for (int look = 0; look < kLooks; ++look) {
-    word = word_.load(std::memory_order_relaxed);
-    if ((word & kGate) == 0) return;
+RwLock::Word RwLock::watch(Word bits) const noexcept {
+  Word word = word_.load(std::memory_order_acquire);
+  for (int look = 0; look < kLooks && (word & bits) != 0; ++look) {
+    word = word_.load(std::memory_order_acquire);
   }
-  if (word_.compare_exchange_strong(word, word + kSleeper, std::memory_order_relaxed)) {
+  return word;
+}
+
+void RwLock::wait_at_gate() noexcept {
+  Word word = watch(kGate);
+  if ((word & kGate) != 0 &&
+      word_.compare_exchange_strong(word, word + kSleeper, std::memory_order_relaxed)) {
     gate_.sleep();
   }
 }
@@ -55,13 +59,8 @@ bool RwLock::wait_exclusive() noexcept {
   }
 }
 
-// With the gate taken: waits until no reader is left.
 void RwLock::drain() noexcept {
-  Word word = 0;
-  for (int look = 0; look < kLooks; ++look) {
-    word = word_.load(std::memory_order_acquire);
-    if ((word & kReaders) == 0) return;
-  }
+  Word word = watch(kReaders);
   while ((word & kReaders) != 0) {
     if (word_.compare_exchange_weak(word, word | kDrain, std::memory_order_acquire)) {
       drain_.sleep();

@@ -64,8 +64,10 @@ class RwLock {
 
   bool wait_shared() noexcept;
   bool wait_exclusive() noexcept;
-  void wait_at_gate() noexcept;
-  void drain() noexcept;
+  // Looks a few times whether these bits are clear; returns what it saw last.
+  Word watch(Word bits) const noexcept;
+  void wait_at_gate() noexcept;  // until it has been free, or may have been
+  void drain() noexcept;         // with the gate taken: until no reader is left
   bool give_up() noexcept;
 
   void leave_writer(Word before) noexcept {
