@@ -88,11 +88,11 @@ enum {
   QM_CALL_REALLOCPOS = 0x10020002,  /* qm_realloc_pos     as REALLOC, with the source position   */
   QM_CALL_MEMCHECK = 0x10020003,    /* no record          are all blocks sound?                  */
   QM_CALL_MEMINFO = 0x10020004,     /* qm_mem_info        describes the block at an index        */
-  QM_CALL_SLOTCREATE = 0x10020005,  /* creates a shared 8-byte cell                              */
-  QM_CALL_SLOTJOIN = 0x10020006,    /* joins a cell by its id                                    */
-  QM_CALL_SLOTRELEASE = 0x10020007, /* releases one use of a cell                                */
-  QM_CALL_READFILE = 0x10020008,    /* reads a whole file into a tracked block                   */
-  QM_CALL_WRITEFILE = 0x10020009,   /* writes a buffer to a file                                 */
+  QM_CALL_SLOTCREATE = 0x10020005,  /* qm_slot            creates a shared 8-byte cell           */
+  QM_CALL_SLOTJOIN = 0x10020006,    /* qm_slot            joins a cell by its id                 */
+  QM_CALL_SLOTRELEASE = 0x10020007, /* qm_slot            releases one use of a cell             */
+  QM_CALL_READFILE = 0x10020008,    /* qm_file            reads a whole file                     */
+  QM_CALL_WRITEFILE = 0x10020009,   /* qm_file            writes a buffer to a file              */
 
   /* Modules and handles. */
   QM_CALL_OPENMODULEW = 0x10030000,       /* qm_open_module_w     opens an instance by name      */
@@ -269,6 +269,34 @@ typedef struct qm_mem_info {
   void* pointer;     /* out  the block                                                           */
 } qm_mem_info;
 
+/* ---- Records: slots and files -------------------------------------------------------------- */
+
+/* QM_CALL_SLOTCREATE: a new cell of 8 zero bytes with one use. QM_CALL_SLOTJOIN: one more use.
+ * QM_CALL_SLOTRELEASE: one use less; the last one ends the cell. The cell does not move while it
+ * lives; those who share it agree among themselves how they access it.
+ * Errors, all with "(slot)": 2 no cell with that id; 34 no id or no use left; 12.               */
+typedef struct qm_slot {
+  int32_t id; /* out for create, otherwise in                                                    */
+  void* data; /* out  the 8 bytes, aligned to 8; not used by release                             */
+} qm_slot;
+
+/* How qm_file.filename is to be read. */
+enum { QM_FILE_NAME_NARROW = 1, QM_FILE_NAME_WIDE = 2 };
+
+/* QM_CALL_READFILE: the whole file in a tracked block of the caller; an empty file gives a null
+ * `data`. After a failure `data` is null and `size` 0 (before the file was opened), -1 (the file
+ * cannot be opened or read) or the file's size (no memory for the block).
+ * QM_CALL_WRITEFILE: replaces the file, making missing directories; a failed write leaves no file.
+ * Names may hold %VARIABLES%; "/" is as good as "".
+ * Errors: 22 "(!filename)", "(!data)"; errno values with "(filename)", "(file)", "(file creation)",
+ * "(file writing)", "(file closing)"; 0x1002 "(file)" for a short read; 12.                     */
+typedef struct qm_file {
+  void* data;           /* out for reading, in for writing                                       */
+  const void* filename; /* in   narrow or wide text                                              */
+  int32_t size;         /* out for reading, in for writing: bytes, at most 0x7FFFFFFA            */
+  int32_t kind;         /* in   QM_FILE_NAME_NARROW or QM_FILE_NAME_WIDE                         */
+} qm_file;
+
 /* ---- Records: modules and handles ---------------------------------------------------------- */
 
 /* QM_CALL_OPENMODULEW. The module receives this very record, so a module may define further fields
@@ -404,22 +432,22 @@ typedef struct qm_variant qm_variant;
 /* Type codes. */
 enum {
   QM_TYPE_EMPTY = 0,
-  QM_TYPE_SIGNED = 1,           /* size 1, 2, 4 or 8 bytes; 0 is a number without width, value 0 */
-  QM_TYPE_UNSIGNED = 2,         /*                                                               */
-  QM_TYPE_FLOATING = 3,         /* size 4 or 8 (or 0)                                            */
-  QM_TYPE_DATETIME = 4,         /* size 8 (or 0): a packed date-time                             */
-  QM_TYPE_EMPTY_ARRAY = 64,     /* cannot be created                                             */
-  QM_TYPE_SIGNED_ARRAY = 65,    /* size is that of an element                                    */
+  QM_TYPE_SIGNED = 1,        /* size 1, 2, 4 or 8 bytes; 0 is a number without width, value 0 */
+  QM_TYPE_UNSIGNED = 2,      /*                                                               */
+  QM_TYPE_FLOATING = 3,      /* size 4 or 8 (or 0)                                            */
+  QM_TYPE_DATETIME = 4,      /* size 8 (or 0): a packed date-time                             */
+  QM_TYPE_EMPTY_ARRAY = 64,  /* cannot be created                                             */
+  QM_TYPE_SIGNED_ARRAY = 65, /* size is that of an element                                    */
   QM_TYPE_UNSIGNED_ARRAY = 66,
   QM_TYPE_FLOATING_ARRAY = 67,
   QM_TYPE_DATETIME_ARRAY = 68,
-  QM_TYPE_CONTAINER = 128,      /* created empty; size counts its items                          */
-  QM_TYPE_BINARY = 129,         /* size in bytes                                                 */
-  QM_TYPE_TEXT = 130,           /* narrow; size in bytes, terminator included                    */
-  QM_TYPE_WIDE_TEXT = 131,      /* size in characters, terminator included                       */
-  QM_TYPE_OBJECT = 132,         /* size is the number of code words                              */
-  QM_TYPE_TEXT_AUTO = 4226,     /* narrow text that may turn out to be a number or a date-time   */
-  QM_TYPE_TEXT_UTF8 = 8322,     /* UTF-8 text, becomes wide text                                 */
+  QM_TYPE_CONTAINER = 128,  /* created empty; size counts its items                          */
+  QM_TYPE_BINARY = 129,     /* size in bytes                                                 */
+  QM_TYPE_TEXT = 130,       /* narrow; size in bytes, terminator included                    */
+  QM_TYPE_WIDE_TEXT = 131,  /* size in characters, terminator included                       */
+  QM_TYPE_OBJECT = 132,     /* size is the number of code words                              */
+  QM_TYPE_TEXT_AUTO = 4226, /* narrow text that may turn out to be a number or a date-time   */
+  QM_TYPE_TEXT_UTF8 = 8322, /* UTF-8 text, becomes wide text                                 */
   QM_TYPE_WIDE_TEXT_AUTO = 4227,
   QM_TYPE_WIDE_TEXT_UTF8 = 8323
 };
@@ -479,13 +507,13 @@ typedef struct qm_variant_info_name {
 
 /* How a child is described in qm_variant_child; tested in this order. */
 enum {
-  QM_FIND_INDEX = 0x2,          /* `index` is given; otherwise it counts as 0                    */
-  QM_FIND_LAST = 0x200,         /* the last child; insertion: append                             */
-  QM_FIND_NTH_OF_ID = 0x4,      /* the index-th child with that id                               */
-  QM_FIND_NTH_OF_NAME = 0x10,   /* the index-th child with that name                             */
-  QM_FIND_NAME_FROM = 0x8,      /* the first child at or after the index with that name          */
-  QM_FIND_ID_FROM = 0x1,        /* the first child at or after the index with that id            */
-  QM_INSERT_AFTER = 0x100       /* insertion: behind the child found                             */
+  QM_FIND_INDEX = 0x2,        /* `index` is given; otherwise it counts as 0                    */
+  QM_FIND_LAST = 0x200,       /* the last child; insertion: append                             */
+  QM_FIND_NTH_OF_ID = 0x4,    /* the index-th child with that id                               */
+  QM_FIND_NTH_OF_NAME = 0x10, /* the index-th child with that name                             */
+  QM_FIND_NAME_FROM = 0x8,    /* the first child at or after the index with that name          */
+  QM_FIND_ID_FROM = 0x1,      /* the first child at or after the index with that id            */
+  QM_INSERT_AFTER = 0x100     /* insertion: behind the child found                             */
 };
 
 /* Selecting, inserting and removing items and attributes.

@@ -14,7 +14,12 @@
 #include "modules/library_search.h"
 #include "modules/module_listing.h"
 #include "modules/registry.h"
+#include "modules/slots.h"
 #include "modules/version_info.h"
+#include "variant/child_calls.h"
+#include "variant/conversion.h"
+#include "variant/path.h"
+#include "variant/variant_calls.h"
 
 namespace qmsd {
 namespace {
@@ -66,6 +71,9 @@ constexpr Function kFunctions[] = {
     {QM_CALL_REALLOCPOS, by<memory_realloc_position>},
     {QM_CALL_MEMCHECK, by<memory_check>},
     {QM_CALL_MEMINFO, by<memory_info>},
+    {QM_CALL_SLOTCREATE, by<slot_create>},
+    {QM_CALL_SLOTJOIN, by<slot_join>},
+    {QM_CALL_SLOTRELEASE, by<slot_release>},
 
     {QM_CALL_OPENMODULEW, by<open_module_wide>},
     {QM_CALL_OPENMODULEA, by<open_module_narrow>},
@@ -76,6 +84,48 @@ constexpr Function kFunctions[] = {
     {QM_CALL_UNREFHANDLE, by<handle_release>},
     {QM_CALL_VERSIONINFOW, by<version_info_wide>},
     {QM_CALL_VERSIONINFOA, by<version_info_narrow>},
+
+    {QM_CALL_VARIANTREF, by<variant_reference>},
+    {QM_CALL_VARIANTRELEASE, by<variant_release>},
+    {QM_CALL_VARIANTCREATE, by<variant_create>},
+    {QM_CALL_VARIANTCOPY, by<variant_copy>},
+    {QM_CALL_VARIANTRECREATE, by<variant_recreate>},
+    {QM_CALL_VARIANTASSIGN, by<variant_assign>},
+    {QM_CALL_VARIANTINFO, by<variant_info>},
+    {QM_CALL_VARIANTCONVERT, by<variant_convert>},
+    {QM_CALL_VARIANTGETITEM, by<item_get>},
+    {QM_CALL_VARIANTTAKEITEM, by<item_take>},
+    {QM_CALL_VARIANTITEMPOSITION, by<item_position>},
+    {QM_CALL_VARIANTINSERTITEM, by<item_insert>},
+    {QM_CALL_VARIANTDELETEITEM, by<item_delete>},
+    {QM_CALL_VARIANTGETATTRIBUTE, by<attribute_get>},
+    {QM_CALL_VARIANTTAKEATTRIBUTE, by<attribute_take>},
+    {QM_CALL_VARIANTATTRIBUTEPOSITION, by<attribute_position>},
+    {QM_CALL_VARIANTINSERTATTRIBUTE, by<attribute_insert>},
+    {QM_CALL_VARIANTDELETEATTRIBUTE, by<attribute_delete>},
+    {QM_CALL_VARIANTREADARRAY, by<variant_read_array>},
+    {QM_CALL_VARIANTREADARRAYSHARED, by<variant_read_array>},
+    {QM_CALL_VARIANTWRITEARRAY, by<variant_write_array>},
+    {QM_CALL_VARIANTWRITEARRAYSHARED, by<variant_write_array>},
+    {QM_CALL_VARIANTPATHW, by<variant_path_wide>},
+    {QM_CALL_VARIANTPATHA, by<variant_path_narrow>},
+    {QM_CALL_VARIANTPATHVALUEW, by<variant_path_value_wide>},
+    {QM_CALL_VARIANTPATHVALUEA, by<variant_path_value_narrow>},
+    // Records are never modified beyond their out fields, so the direct twins need no handlers.
+    {QM_CALL_VARIANTRECREATEDIRECT, by<variant_recreate>},
+    {QM_CALL_VARIANTCREATEDIRECT, by<variant_create>},
+    {QM_CALL_VARIANTASSIGNDIRECT, by<variant_assign>},
+    {QM_CALL_VARIANTASSIGNVALUE, by<variant_assign_value>},
+    {QM_CALL_VARIANTASSIGNVALUEDIRECT, by<variant_assign_value>},
+    {QM_CALL_VARIANTINFONAME, by<variant_info_name>},
+    {QM_CALL_VARIANTGETITEMDIRECT, by<item_get>},
+    {QM_CALL_VARIANTTAKEITEMDIRECT, by<item_take>},
+    {QM_CALL_VARIANTCOUNTITEMS, by<item_count_named>},
+    {QM_CALL_VARIANTINSERTITEMDIRECT, by<item_insert>},
+    {QM_CALL_VARIANTGETATTRIBUTEDIRECT, by<attribute_get>},
+    {QM_CALL_VARIANTFINDATTRIBUTE, by<attribute_find>},
+    {QM_CALL_VARIANTCOUNTATTRIBUTES, by<attribute_count_named>},
+    {QM_CALL_VARIANTINSERTATTRIBUTEDIRECT, by<attribute_insert>},
 };
 
 constexpr bool rising =

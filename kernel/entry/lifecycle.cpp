@@ -12,12 +12,14 @@
 #include "kernel/errors/error_state.h"
 #include "memory/tracked_allocator.h"
 #include "modules/registry.h"
+#include "modules/slots.h"
 #include "modules/table_loader.h"
 #include "platform/environment.h"
 #include "platform/library.h"
 #include "platform/runtime_text.h"
 #include "services/tables/error_texts.h"
 #include "services/tables/group_table.h"
+#include "variant/variant_lock.h"
 
 namespace qmsd {
 namespace {
@@ -75,8 +77,10 @@ void attach() {
   errors_create();
   error_keys_create();
   tracked_create();
+  slots_create();
   handles_create();
   registry_create();
+  variants_create();
   groups_create();
   load_tables_once();
 }
@@ -89,6 +93,8 @@ void detach(bool process_ends) {
   report(registry_statistics);
   registry_destroy();
   groups_destroy();
+  variants_destroy();
+  slots_destroy();
   report(tracked_statistics);
   tracked_destroy();
   error_keys_destroy();

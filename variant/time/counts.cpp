@@ -30,15 +30,6 @@ std::int64_t microseconds_since(std::int32_t epoch, DateTime value) {
   return (day_of(value) - epoch) * kMicrosecondsPerDay + time_or_midnight(value);
 }
 
-// `day` lies in the range of years.
-DateTime date_time_of(std::int32_t day, std::int64_t time_of_day) {
-  const CalendarDate date = date_from_days(day);
-  DateTime value;
-  value.set_date(date.year, date.month, date.day);
-  value.set_time_of_day(time_of_day);
-  return value;
-}
-
 }  // namespace
 
 std::int64_t microseconds_since_year_1(DateTime value) noexcept {
@@ -55,8 +46,12 @@ DateTime date_time_from_microseconds(std::int64_t since_year_1) noexcept {
   }
   // Counted from the first day there are no negative numbers to be rounded down.
   const std::int64_t since_first = since_year_1 - kFirstMicrosecond;
-  return date_time_of(kFirstDay + static_cast<std::int32_t>(since_first / kMicrosecondsPerDay),
-                      since_first % kMicrosecondsPerDay);
+  const auto days = static_cast<std::int32_t>(since_first / kMicrosecondsPerDay);
+  const CalendarDate date = date_from_days(kFirstDay + days);
+  DateTime value;
+  value.set_date(date.year, date.month, date.day);
+  value.set_time_of_day(since_first % kMicrosecondsPerDay);
+  return value;
 }
 
 std::int64_t milliseconds_since_1970(DateTime value) noexcept {
@@ -95,13 +90,11 @@ DateTime date_time_from_day_number(double days) noexcept {
   constexpr double kLast = kLastDay - kDayOfNumber0;
   const double whole = std::floor(days);
   if (!(whole >= kFirst && whole <= kLast)) return DateTime();
-  std::int32_t day = static_cast<std::int32_t>(whole) + kDayOfNumber0;
-  std::int64_t time = std::llround((days - whole) * double{kMicrosecondsPerDay});
-  if (time == kMicrosecondsPerDay) {
-    ++day;
-    time = 0;
-  }
-  return day > kLastDay ? DateTime() : date_time_of(day, time);
+  const std::int64_t day = static_cast<std::int32_t>(whole) + kDayOfNumber0;
+  // A fraction that rounds up to a whole day is carried. At the ends of the range doubles are too
+  // coarse for that, so the sum stays inside.
+  const std::int64_t time = std::llround((days - whole) * double{kMicrosecondsPerDay});
+  return date_time_from_microseconds(day * kMicrosecondsPerDay + time);
 }
 
 }  // namespace qmsd

@@ -1,0 +1,46 @@
+// The shared 8-byte cells and their ids. Takes no lock and records nothing; its room's slots.cpp
+// does both.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "kernel/base/growable_array.h"
+
+namespace qmsd {
+
+struct Slot {
+  explicit Slot(std::int32_t slot_id) noexcept : id(slot_id) {}
+
+  std::int32_t id;
+  std::atomic<std::int32_t> users{1};
+  alignas(8) std::byte data[8]{};
+};
+
+class SlotTable {
+ public:
+  explicit SlotTable(std::int32_t next_id = 1) noexcept : next_id_(next_id) {}
+  ~SlotTable();
+
+  enum class Created { yes, no_id, no_memory };
+
+  // A fresh slot with one user. A slot that cannot be allocated leaves an empty place behind.
+  Created create(Slot*& slot);
+  // Null when there is no such slot.
+  Slot* find(std::int32_t id) const;
+  // One user more; false when that were one too many (the raise stands).
+  static bool join(Slot& slot) noexcept;
+  // One user less; the slot goes with the last one.
+  void release(Slot& slot);
+
+  std::size_t capacity() const noexcept { return slots_.capacity(); }
+
+ private:
+  bool choose_id(std::int32_t& id, std::size_t& place) const;
+
+  GrowableArray<Slot*, 32> slots_;  // ascending by id; null: an empty place
+  std::int32_t next_id_;
+};
+
+}  // namespace qmsd

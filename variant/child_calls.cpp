@@ -1,0 +1,161 @@
+// Items and attributes: one set of operations, told which list of the holder it works on.
+#include "variant/child_calls.h"
+
+#include <cstdint>
+#include <optional>
+
+#include "kernel/errors/error_state.h"
+#include "variant/child_list.h"
+#include "variant/release_list.h"
+#include "variant/variant.h"
+#include "variant/variant_lock.h"
+
+namespace qmsd {
+namespace {
+
+enum class Which { items, attributes };
+
+bool refuse(const qm_wchar* condition) { return fail(QM_ERROR_ARGUMENT, condition); }
+
+// The list that is meant, with the lock held; nothing, with an error, if the holder has none.
+std::optional<ChildList> list_of(qm_variant* holder, Which which) {
+  if (holder == nullptr) {
+    refuse(QM_W("(parent)"));
+    return std::nullopt;
+  }
+  if (which == Which::attributes) return holder->attributes();
+  if (holder->kind() != Kind::container) {
+    refuse(QM_W("(type)"));
+    return std::nullopt;
+  }
+  return holder->items();
+}
+
+void report(qm_variant_child& record, const qm_variant& child, std::int32_t position) {
+  record.id = child.id();
+  record.index = position;
+}
+
+// The list and the position of the child that the record selects.
+std::optional<ChildList> select(const qm_variant_child& record, Which which,
+                                std::int32_t& position) {
+  auto list = list_of(record.holder, which);
+  if (list && !list->find_child(ChildQuery(record), position)) return std::nullopt;
+  return list;
+}
+
+enum class Reference { add, none };
+
+bool get(qm_variant_child* record, Which which, Reference reference) {
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+  const VariantsReadGuard guard;
+  std::int32_t position;
+  const auto list = select(*record, which, position);
+  if (!list) return false;
+  qm_variant* child = (*list)[position];
+  report(*record, *child, position);
+  record->child = nullptr;
+  if (reference == Reference::add) {
+    child->add_reference();
+    record->child = child;
+  }
+  return true;
+}
+
+// The removed child, with the list's reference, goes to the record.
+bool take(qm_variant_child* record, Which which) {
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+  const VariantsWriteGuard guard;
+  std::int32_t position;
+  auto list = select(*record, which, position);
+  if (!list) return false;
+  record->child = list->remove(position);
+  report(*record, *record->child, position);
+  return true;
+}
+
+bool remove(qm_variant_child* record, Which which) {
+  if (!take(record, which)) return false;
+  ReleaseList dead;
+  const std::int32_t count = dead.drop(*record->child);
+  record->child = nullptr;
+  return count >= 1 || fail(QM_ERROR_ARGUMENT, QM_W("(ref=%i)"), count);
+}
+
+bool insert(qm_variant_child* record, Which which) {
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+  const VariantsWriteGuard guard;
+  auto list = list_of(record->holder, which);
+  if (!list) return false;
+  if (record->child == nullptr) return refuse(QM_W("(item)"));
+  std::int32_t place;
+  if (!list->find_place(ChildQuery(*record), place)) return false;
+  if (!list->insert(place, *record->child)) return false;
+  report(*record, *record->child, place);
+  return true;
+}
+
+// How many children have the name, and where the first of them from the index on is.
+bool count_named(qm_variant_child* record, Which which) {
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+  const VariantsReadGuard guard;
+  const auto list = list_of(record->holder, which);
+  if (!list) return false;
+  const ChildQuery query((record->flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM, 0, record->index,
+                         record->name);
+  std::int32_t first;
+  if (!list->find(query, first)) return false;
+  std::int32_t matches = 0;
+  for (const qm_variant* child : list->entries()) matches += query.names(*child) ? 1 : 0;
+  record->index = first < list->count() ? first : -1;
+  record->id = matches;
+  record->child = nullptr;
+  return true;
+}
+
+// By address. Both records name the fields alike.
+template <class Record>
+bool position_of(Record& record, const qm_variant* child, Which which) {
+  const VariantsReadGuard guard;
+  const auto list = list_of(record.holder, which);
+  if (!list) return false;
+  if (child == nullptr) return refuse(QM_W("(item)"));
+  const std::int32_t position = list->position_of(child);
+  if (position < 0) return fail(QM_ERROR_NOT_FOUND);
+  record.id = child->id();
+  record.index = position;
+  return true;
+}
+
+}  // namespace
+
+bool item_get(qm_variant_child* record) { return get(record, Which::items, Reference::add); }
+bool item_take(qm_variant_child* record) { return take(record, Which::items); }
+bool item_delete(qm_variant_child* record) { return remove(record, Which::items); }
+bool item_insert(qm_variant_child* record) { return insert(record, Which::items); }
+bool item_count_named(qm_variant_child* record) { return count_named(record, Which::items); }
+
+bool item_position(qm_variant_child* record) {
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+  return position_of(*record, record->child, Which::items);
+}
+
+bool attribute_get(qm_variant_child* record) {
+  return get(record, Which::attributes, Reference::add);
+}
+bool attribute_find(qm_variant_child* record) {
+  return get(record, Which::attributes, Reference::none);
+}
+bool attribute_take(qm_variant_child* record) { return take(record, Which::attributes); }
+bool attribute_delete(qm_variant_child* record) { return remove(record, Which::attributes); }
+bool attribute_insert(qm_variant_child* record) { return insert(record, Which::attributes); }
+bool attribute_count_named(qm_variant_child* record) {
+  return count_named(record, Which::attributes);
+}
+
+bool attribute_position(qm_variant_attribute_position* record) {
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+  return position_of(*record, record->attribute, Which::attributes);
+}
+
+}  // namespace qmsd

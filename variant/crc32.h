@@ -1,0 +1,28 @@
+// CRC-32 (reflected polynomial 0xEDB88320), the hash of names.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace qmsd {
+
+inline constexpr std::array<std::uint32_t, 256> kCrc32Table = [] {
+  std::array<std::uint32_t, 256> table{};
+  for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
+    std::uint32_t crc = byte;
+    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320u : 0u);
+    table[byte] = crc;
+  }
+  return table;
+}();
+
+// The register starts at the inverted start value, so a checksum goes on from an earlier one.
+constexpr std::uint32_t crc32(std::span<const std::uint8_t> bytes, std::uint32_t start = 0) {
+  std::uint32_t crc = ~start;
+  for (const std::uint8_t byte : bytes) crc = (crc >> 8) ^ kCrc32Table[(crc ^ byte) & 0xFF];
+  return ~crc;
+}
+
+}  // namespace qmsd

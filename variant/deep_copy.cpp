@@ -1,0 +1,61 @@
+// Deep copies.
+#include "variant/deep_copy.h"
+
+#include <cstddef>
+
+#include "platform/heap.h"
+#include "variant/object_owner.h"
+#include "variant/variant.h"
+
+namespace qmsd {
+
+DeepCopy::~DeepCopy() {
+  if (taken_) return;
+  // Children are in the map themselves, so each copy frees just what is its own.
+  for (std::size_t at = 0; at < copies_.size(); ++at) {
+    platform::HeapDelete<qm_variant>()(copies_[at].copy);
+  }
+}
+
+// With a reference for whoever asked; null when memory is exhausted.
+qm_variant* DeepCopy::copy_of(qm_variant* source) {
+  if (qm_variant* known = copies_.find(source)) {
+    known->add_reference();
+    return known;
+  }
+  auto copy = source->copy_without_children();
+  if (!copy || !copies_.add(source, copy.get())) return nullptr;
+  return copy.release();
+}
+
+bool DeepCopy::copy_children(ChildList from, ChildList to) {
+  if (!to.reserve(from.count())) return false;
+  for (qm_variant* child : from.entries()) {
+    qm_variant* copy = copy_of(child);
+    if (copy == nullptr) return false;
+    to.append_reserved(*copy);
+  }
+  return true;
+}
+
+bool DeepCopy::make(qm_variant& source) {
+  if (copy_of(&source) == nullptr) return false;
+  for (std::size_t at = 0; at < copies_.size(); ++at) {
+    const CopyMap::Pair pair = copies_[at];
+    const bool is_container = pair.source->kind() == Kind::container;
+    if (is_container && !copy_children(pair.source->items(), pair.copy->items())) return false;
+    if (!copy_children(pair.source->attributes(), pair.copy->attributes())) return false;
+  }
+  return true;
+}
+
+qm_variant* DeepCopy::take() {
+  taken_ = true;
+  for (std::size_t at = 0; at < copies_.size(); ++at) {
+    const qm_variant& copy = *copies_[at].copy;
+    if (copy.kind() == Kind::object) take_object(copy.object());
+  }
+  return copies_[0].copy;
+}
+
+}  // namespace qmsd
