@@ -4,29 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <string>
 
 #include "include/qmsd7.h"
 #include "kernel/errors/error_calls.h"
 #include "kernel/errors/error_state.h"
 #include "services/tables/error_texts.h"
+#include "tests/support/wide_text.h"
 
 namespace qmsd::test {
-
-using WideString = std::basic_string<qm_wchar>;
-
-// For failure messages: what is not ASCII shows as its number.
-inline std::string readable(const WideString& text) {
-  std::string readable_text;
-  for (const qm_wchar unit : text) {
-    if (unit >= 0x20 && unit < 0x7F) {
-      readable_text += static_cast<char>(unit);
-    } else {
-      readable_text += "<" + std::to_string(static_cast<unsigned>(unit)) + ">";
-    }
-  }
-  return readable_text;
-}
 
 // The error state as long as a test needs it, and no trace of it afterwards.
 class ErrorState {
