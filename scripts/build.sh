@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Configures and builds the presets of CMakePresets.json.
 
 # preset_of NAME: the preset that a short name on the command line means.

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Checks of the sources themselves.
 
 readonly TIDY_FOLDERS='(kernel|library|memory|modules|platform|services|variant)'
@@ -16,6 +17,8 @@ check_layers() { python3 scripts/check_layers.py; }
 check_text_rules() { python3 scripts/check_text.py; }
 
 check_format() { project_sources | xargs -0 clang-format-14 --dry-run --Werror; }
+
+check_scripts() { shellcheck --external-sources run scripts/wine .ci/run; }
 
 check_tidy() {
   local log
@@ -41,6 +44,7 @@ run_lint() {
   ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${LAYER_PACKAGES[@]}" \
     "${FORMAT_PACKAGES[@]}" "${LINT_PACKAGES[@]}"
   run_source_checks
+  run_check "scripts" check_scripts
   run_check "clang-tidy" check_tidy
   close_tests
 }

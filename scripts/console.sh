@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What the scripts say to whoever runs them.
 
 say() { printf '\n==> %s\n' "$*"; }

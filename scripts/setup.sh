@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Brings a fresh Debian machine to where a command of `run` can work. What is there already is only
 # looked at: no network, no root.
 
@@ -7,7 +8,7 @@ readonly WINE_PACKAGES=(wine wine32:i386)
 readonly TEST_PACKAGES=(googletest)
 readonly FORMAT_PACKAGES=(clang-format-14)
 readonly LAYER_PACKAGES=(python3)
-readonly LINT_PACKAGES=(clang-tidy-14)
+readonly LINT_PACKAGES=(clang-tidy-14 shellcheck)
 readonly FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev)
 readonly BENCH_PACKAGES=(libbenchmark-dev)
 readonly COVERAGE_PACKAGES=(gcovr)
@@ -48,9 +49,10 @@ install_packages() {
 ensure_packages() {
   local package missing=()
   [[ -z ${QMSD_SKIP_SETUP:-} ]] || return 0
-  command -v dpkg-query >/dev/null && command -v apt-get >/dev/null ||
+  if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
     die "This machine has no apt. Install the equivalents of these Debian packages yourself:" \
       "  $*" "then set QMSD_SKIP_SETUP=1 and run the command again."
+  fi
   for package in "$@"; do
     is_installed "$package" || missing+=("$package")
   done

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # The test suites: one per build, each built, run by ctest and counted.
 
 readonly SUITES=(windows linux asan tsan)

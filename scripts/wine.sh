@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # The Wine prefix of the project: 32-bit, quiet, and never asking for add-ons.
 
 use_wine_prefix() {

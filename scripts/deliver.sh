@@ -1,0 +1,33 @@
+# shellcheck shell=bash
+# The demonstration and the packages.
+
+run_demo() {
+  local preset=windows-x86 start=("$ROOT/scripts/wine") ending=.exe
+  ensure_packages "${BUILD_PACKAGES[@]}"
+  case ${1:-} in
+    --native)
+      preset=linux start=() ending=
+      ;;
+    "") ensure_packages "${WINDOWS_PACKAGES[@]}" "${WINE_PACKAGES[@]}" ;;
+    *) die "demo knows only the option --native." ;;
+  esac
+  say "Building the demonstration ($preset)"
+  build_preset "$preset" -DQMSD_TESTS=OFF
+  [[ $preset == linux ]] || keep_wine_server "$ROOT/build/wine"
+  local program
+  for program in qm_hello qm_demo; do
+    say "build/$preset/$program$ending"
+    "${start[@]}" "build/$preset/$program$ending"
+  done
+}
+
+run_package() {
+  local preset
+  ensure_packages "${BUILD_PACKAGES[@]}" "${WINDOWS_PACKAGES[@]}"
+  for preset in windows-x86 linux; do
+    say "Packing $preset"
+    build_preset "$preset" -DQMSD_TESTS=OFF
+    (cd "build/$preset" && cpack)
+  done
+  ls -l build/packages/*.{zip,tar.gz}
+}
