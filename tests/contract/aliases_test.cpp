@@ -212,6 +212,7 @@ TEST_F(Aliases, ShareTheModuleWithItsOwnName) {
 
 TEST_F(Aliases, ShareTheModuleThatWasOpenFirstUnderItsOwnName) {
   load_kernel_with_store("/default/viewer=tm_plain");
+  clear_journal();
   const std::uint32_t first = open(QM_W("tm_plain"));
   const std::uint32_t second = open(QM_W("viewer"));
   EXPECT_EQ(journal("notice"), Lines{"tm_plain notice entry=1"});

@@ -156,8 +156,8 @@ TEST_F(ErrorState, ShowsARegisteredTextInTheKernelsFailures) {
   EXPECT_EQ(message(), QM_W("again  [qmsd] (!ptr)"));
 }
 
-// A code's text of any length leaves a message of at most 2047 characters; the blank behind the text
-// is left out where it would not fit.
+// A code's text of any length leaves a message of at most 2047 characters; the blank behind the
+// text is left out where it would not fit.
 TEST_F(ErrorState, KeepsTheKernelsMessagesWithinTheirLimit) {
   for (const std::size_t length : {2030u, 2044u, 2045u, 2046u, 2047u, 2048u, 2100u, 5000u}) {
     const Text text(length, QM_W('t'));
@@ -168,6 +168,7 @@ TEST_F(ErrorState, KeepsTheKernelsMessagesWithinTheirLimit) {
     expected = (expected + QM_W(" [qmsd] (!ptr)")).substr(0, 2047);
     EXPECT_EQ(message(), expected) << length;
   }
+  add_text(22, QM_W("short again"));
 }
 
 // ---- Setting -----------------------------------------------------------------------------------

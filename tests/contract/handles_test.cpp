@@ -323,14 +323,14 @@ struct GroupRow {
 };
 
 constexpr GroupRow kGroups[] = {
-    {0x1100, "qmproperty"}, {0x1101, "qmlog"},      {0x1102, "qmstream"},
-    {0x1103, "qmtrafo"},    {0x1104, "qmimage"},    {0x1105, "qmbmp"},
-    {0x1106, "qmjpeg"},     {0x1107, "qmwatchdog"}, {0x1108, "qmmotdet"},
-    {0x1109, "qmjpeg2k"},   {0x110A, "qmzlib"},     {0x110B, "qmpng"},
-    {0x110D, "qmspeed"},    {0x110E, "qmpropfile"}, {0x110F, "qmpropclient"},
-    {0x1110, "qmjpeg8"},    {0x1111, "qmjpeg12"},   {0x1113, "qmwsq"},
+    {0x1101, "qmlog"},      {0x1102, "qmstream"},     {0x1103, "qmtrafo"},    {0x1104, "qmimage"},
+    {0x1105, "qmbmp"},      {0x1106, "qmjpeg"},       {0x1107, "qmwatchdog"}, {0x1108, "qmmotdet"},
+    {0x1109, "qmjpeg2k"},   {0x110A, "qmzlib"},       {0x110B, "qmpng"},      {0x110D, "qmspeed"},
+    {0x110E, "qmpropfile"}, {0x110F, "qmpropclient"}, {0x1110, "qmjpeg8"},    {0x1111, "qmjpeg12"},
+    {0x1113, "qmwsq"},      {0x1100, "qmproperty"},
 };
 
+// The property module comes last: once it is there, it is asked for aliases.
 TEST_F(Handles, OfAGroupLeadToTheGroupsModule) {
   for (const GroupRow& row : kGroups) {
     const std::uint32_t handle = QM_GROUP_HANDLE(row.group);

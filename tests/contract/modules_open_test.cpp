@@ -216,7 +216,11 @@ TEST_F(ModulesOpen, TakeNamesAsTheyAre) {
 
 TEST_F(ModulesOpen, FindALibraryInAFolderBelow) {
   install_as("tm_plain", "below/tm_deep");
+#ifdef _WIN32
   EXPECT_TRUE(close(open(QM_W("below\\tm_deep"))));
+#else
+  EXPECT_TRUE(close(open(QM_W("below/tm_deep"))));
+#endif
 }
 
 class ModulesInTheSystemsFolder : public ModulesOpen {

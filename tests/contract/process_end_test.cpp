@@ -34,7 +34,7 @@ TEST_F(ProcessEnd, DoesNotWaitForAThreadInsideAModule) {
   EXPECT_LT(calling.lasted.count(), 300 + 1000);
 }
 
-#ifdef _WIN32  // elsewhere threads live on while the process ends; calling then is the host's mistake
+#ifdef _WIN32  // elsewhere threads live on while the process ends: calling then is a host's mistake
 
 TEST_F(ProcessEnd, DoesNotWaitForLocksOfKilledThreads) {
   for (int times = 0; times < 10; ++times) {

@@ -1,5 +1,5 @@
-// The 32-bit Windows contract as a caller sees it that knows nothing but numbers: records are arrays
-// of words, the entry pops its own arguments, and the stack is aligned to 4 bytes only.
+// The 32-bit Windows contract as a caller sees it that knows nothing but numbers: records are
+// arrays of words, the entry pops its own arguments, and the stack is aligned to 4 bytes only.
 #include "tests/contract/support/module_test.h"
 
 #if defined(_WIN32) && !defined(_WIN64)

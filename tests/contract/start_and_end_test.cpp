@@ -1,4 +1,4 @@
-// The library's life in its process: loading, freeing, loading again, and what is closed at its end.
+// The library's life in its process: loading, freeing, loading again, and what its end closes.
 #include <atomic>
 #include <thread>
 

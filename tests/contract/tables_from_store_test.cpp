@@ -1,5 +1,5 @@
-// Error texts and groups from the property store: what is asked for at start-up, how the answers are
-// read, what they change.
+// Error texts and groups from the property store: what is asked for at start-up, how the answers
+// are read, what they change.
 #include "tests/contract/support/module_test.h"
 
 namespace contract {
@@ -198,7 +198,7 @@ TEST_F(TablesFromStore, CutTheNamesTheyAskFor) {
 TEST_F(TablesFromStore, TakeAListingOfManyLines) {
   std::string lines;
   for (int i = 0; i < 500; ++i) {
-    lines += printable(text_of("/default/error/x%x=text %d\n", 0x2000 + i, i));
+    lines += printable(text_of("/default/error/x%x=text %d", 0x2000 + i, i)) + "\n";
   }
   load_kernel_with_store(lines);
   for (int i = 0; i < 500; ++i) ASSERT_EQ(shown(0x2000 + i), text_of("text %d |", i));
@@ -252,6 +252,7 @@ TEST_F(TablesFromStore, KeepAnEmptyModuleName) {
 
 TEST_F(TablesFromStore, UseTheNewStoreFromTheNextReadingOn) {
   install("tm_plain");
+  configure("tm_plain.call_result=0");
   load_kernel_with_store(
       "/default/groups/=x1200\\nx1100\\nx1201\n/default/groups/x1200=tm_first\n"
       "/default/groups/x1100=tm_plain\n/default/groups/x1201=tm_second");
@@ -259,6 +260,7 @@ TEST_F(TablesFromStore, UseTheNewStoreFromTheNextReadingOn) {
   EXPECT_EQ(journal("read /default/groups"), (Lines{"qmproperty read /default/groups/x1200",
                                                     "qmproperty read /default/groups/x1100"}));
   EXPECT_EQ(journal("tm_plain call").at(0), "tm_plain call 11000000 0");
+  EXPECT_TRUE(group_is(0x1201, no_module(0x1201))) << "which could not be read";
 }
 
 // Calls by a group give back every use they take, open and close included.

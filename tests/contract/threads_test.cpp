@@ -268,7 +268,8 @@ TEST_F(Threads, ReachAGroupsModuleAtOnce) {
 
 TEST_F(Threads, WaitForAModuleThatAnotherOneIsLoading) {
   install("tm_slownotice");
-  std::thread loading([this] { EXPECT_TRUE(close(open(QM_W("tm_slownotice")))); });
+  std::uint32_t first = 0;
+  std::thread loading([&] { first = open(QM_W("tm_slownotice")); });
   wait_for("notice entry");
   const std::uint32_t handle = open(QM_W("tm_slownotice"));
   const Lines lines = journal();
@@ -277,6 +278,7 @@ TEST_F(Threads, WaitForAModuleThatAnotherOneIsLoading) {
   EXPECT_EQ(lines[2], "tm_slownotice notice done") << "nobody calls the module before that";
   EXPECT_EQ(journal("notice entry").size(), 1u);
   loading.join();
+  EXPECT_TRUE(close(first));
   EXPECT_TRUE(close(handle));
 }
 

@@ -24,6 +24,9 @@ inline constexpr NeedsRecord kNeedRecord[] = {
     {QM_CALL_MEMSIZE, "(!ptr || !buffer)"},
     {QM_CALL_REALLOCPOS, "(!ptr)"},
     {QM_CALL_MEMINFO, "(!ptr)"},
+    {QM_CALL_SLOTCREATE, "(!ptr)"},
+    {QM_CALL_SLOTJOIN, "(!ptr)"},
+    {QM_CALL_SLOTRELEASE, "(!ptr)"},
     {QM_CALL_OPENMODULEW, "(!ptr || !name)"},
     {QM_CALL_OPENMODULEA, "(!ptr || !name)"},
     {QM_CALL_CLOSEHANDLE, "(!ptr)"},
@@ -31,6 +34,46 @@ inline constexpr NeedsRecord kNeedRecord[] = {
     {QM_CALL_UNREFHANDLE, "(!ptr)"},
     {QM_CALL_VERSIONINFOW, "(!params)"},
     {QM_CALL_VERSIONINFOA, "(!params)"},
+    {QM_CALL_VARIANTREF, "(variant)"},
+    {QM_CALL_VARIANTRELEASE, "(variant)"},
+    {QM_CALL_VARIANTCREATE, "(!ptr)"},
+    {QM_CALL_VARIANTCOPY, "(!ptr)"},
+    {QM_CALL_VARIANTRECREATE, "(!ptr)"},
+    {QM_CALL_VARIANTASSIGN, "(!ptr)"},
+    {QM_CALL_VARIANTINFO, "(!ptr)"},
+    {QM_CALL_VARIANTCONVERT, "(!ptr)"},
+    {QM_CALL_VARIANTGETITEM, "(!ptr)"},
+    {QM_CALL_VARIANTTAKEITEM, "(!ptr)"},
+    {QM_CALL_VARIANTITEMPOSITION, "(!ptr)"},
+    {QM_CALL_VARIANTINSERTITEM, "(!ptr)"},
+    {QM_CALL_VARIANTDELETEITEM, "(!ptr)"},
+    {QM_CALL_VARIANTGETATTRIBUTE, "(!ptr)"},
+    {QM_CALL_VARIANTTAKEATTRIBUTE, "(!ptr)"},
+    {QM_CALL_VARIANTATTRIBUTEPOSITION, "(!ptr)"},
+    {QM_CALL_VARIANTINSERTATTRIBUTE, "(!ptr)"},
+    {QM_CALL_VARIANTDELETEATTRIBUTE, "(!ptr)"},
+    {QM_CALL_VARIANTREADARRAY, "(!ptr)"},
+    {QM_CALL_VARIANTREADARRAYSHARED, "(!ptr)"},
+    {QM_CALL_VARIANTWRITEARRAY, "(!ptr)"},
+    {QM_CALL_VARIANTWRITEARRAYSHARED, "(!ptr)"},
+    {QM_CALL_VARIANTPATHW, "(!ptr)"},
+    {QM_CALL_VARIANTPATHA, "(!ptr)"},
+    {QM_CALL_VARIANTPATHVALUEW, "(!ptr)"},
+    {QM_CALL_VARIANTPATHVALUEA, "(!ptr)"},
+    {QM_CALL_VARIANTRECREATEDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTCREATEDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTASSIGNDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTASSIGNVALUE, "(!ptr)"},
+    {QM_CALL_VARIANTASSIGNVALUEDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTINFONAME, "(!ptr)"},
+    {QM_CALL_VARIANTGETITEMDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTTAKEITEMDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTCOUNTITEMS, "(!ptr)"},
+    {QM_CALL_VARIANTINSERTITEMDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTGETATTRIBUTEDIRECT, "(!ptr)"},
+    {QM_CALL_VARIANTFINDATTRIBUTE, "(!ptr)"},
+    {QM_CALL_VARIANTCOUNTATTRIBUTES, "(!ptr)"},
+    {QM_CALL_VARIANTINSERTATTRIBUTEDIRECT, "(!ptr)"},
 };
 
 // Codes that look at no record, or get along without one.
@@ -39,15 +82,11 @@ inline constexpr std::uint32_t kNeedNoRecord[] = {
     QM_CALL_POPERROR, QM_CALL_MEMCHECK,  QM_CALL_GETKERNELINFO, QM_CALL_CLOSE,
 };
 
-// Codes that have a name but no service yet: slots, whole files, variants. They are refused like any
-// unknown code. Whoever builds a service moves its codes from here to the tables above.
-constexpr bool is_named_but_not_served(std::uint32_t code) {
-  return (code >= QM_CALL_SLOTCREATE && code <= QM_CALL_WRITEFILE) ||
-         (code >= QM_CALL_VARIANTREF && code <= QM_CALL_VARIANTINSERTATTRIBUTEDIRECT);
-}
+// Codes that have a name but no service yet. They are refused like any unknown code. Whoever builds
+// a service moves its codes from here to the tables above.
+inline constexpr std::uint32_t kNamedButNotServed[] = {QM_CALL_READFILE, QM_CALL_WRITEFILE};
 
 constexpr bool is_served(std::uint32_t code) {
-  if (is_named_but_not_served(code)) return false;
   for (const NeedsRecord& entry : kNeedRecord) {
     if (entry.code == code) return true;
   }

@@ -1,5 +1,5 @@
-// The fixture of tests with modules: module files in the test's own folder, and the journal in which
-// the modules note what happens to them.
+// The fixture of tests with modules: module files in the test's own folder, and the journal in
+// which the modules note what happens to them.
 #pragma once
 
 #include <chrono>

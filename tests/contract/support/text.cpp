@@ -8,6 +8,15 @@
 #include <vector>
 
 namespace contract {
+namespace {
+
+#ifndef _WIN32
+// The system's routine comes in two kinds: one fills the buffer, one returns the words.
+[[maybe_unused]] const char* words_of(int, const char* buffer) { return buffer; }
+[[maybe_unused]] const char* words_of(const char* words, const char*) { return words; }
+#endif
+
+}  // namespace
 
 Text widen(std::string_view narrow) {
   Text wide;
@@ -63,10 +72,10 @@ Text runtime_text(int code) {
   char words[256] = "";
 #ifdef _WIN32
   strerror_s(words, sizeof words, code);
-#else
-  if (strerror_r(code, words, sizeof words) != 0 && words[0] == '\0') return {};
-#endif
   return widen(words);
+#else
+  return widen(words_of(strerror_r(code, words, sizeof words), words));
+#endif
 }
 
 }  // namespace contract
