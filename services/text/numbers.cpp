@@ -128,7 +128,9 @@ FloatingReading read_floating(std::string_view text) noexcept {
   auto [number, negative] = skip_sign(text);
   const bool hexadecimal = is_hexadecimal_floating(number);
   if (hexadecimal) number.remove_prefix(2);
+  // The standard library would take a sign of its own, and two of them in a binary exponent.
   if (number.starts_with('-')) return {};
+  number = number.substr(0, number.find("+-"));
 
   double magnitude = 0;
   const auto [end, error] =
