@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -114,27 +113,6 @@ TEST(FormatFloating, TellsNotANumberFromIndefinite) {
   expect_format("%.1f|%.2f|%.3f|%.4f|%.5f", "1.$|1.#R|1.#QO|1.#QNB|1.#QNAN", quiet, quiet, quiet,
                 quiet, quiet);
   expect_format("%f", "1.#QNAN0", signalling);
-}
-
-class OtherNumericLocale {
- public:
-  OtherNumericLocale() {
-    for (const char* name : {"German_Germany.1252", "de_DE.UTF-8", "fr_FR.UTF-8"}) {
-      if (std::setlocale(LC_NUMERIC, name) != nullptr) break;
-    }
-  }
-  ~OtherNumericLocale() { std::setlocale(LC_NUMERIC, "C"); }
-  OtherNumericLocale(const OtherNumericLocale&) = delete;
-  OtherNumericLocale& operator=(const OtherNumericLocale&) = delete;
-  bool has_comma() const { return *std::localeconv()->decimal_point == ','; }
-};
-
-TEST(FormatFloating, PrintsAPointWhateverTheLocale) {
-  const OtherNumericLocale locale;
-  if (!locale.has_comma()) GTEST_SKIP() << "no locale with a decimal comma is installed";
-  expect_format("%f|%e|%g|%.1f|%a", "1.500000|1.500000e+000|1.5|2.5|0x1.8000000000000p+0", 1.5, 1.5,
-                1.5, 2.5, 1.5);
-  expect_format("%s|%d|%f", "1,5|5|1.#INF00", Own{"1,5"}, 5, kInfinity);
 }
 
 }  // namespace

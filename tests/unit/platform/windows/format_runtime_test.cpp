@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/unit/platform/format_support.h"
+#include "tests/unit/platform/locale_guard.h"
 
 namespace qmsd::platform {
 namespace {
@@ -66,6 +67,14 @@ TEST(FormatLikeTheRuntime, Integers) {
     expect_same(format, static_cast<std::uint32_t>(value));
     expect_same(format.insert(format.size() - 1, "I64"), value);
   }
+}
+
+TEST(FormatUnlikeTheRuntime, PrintsAPointWhateverTheLocale) {
+  const LocaleGuard locale("German_Germany.1252");
+  ASSERT_STREQ(std::localeconv()->decimal_point, ",");
+  expect_format("%f|%e|%g|%a", "1.500000|1.500000e+000|1.5|0x1.8000000000000p+0", 1.5, 1.5, 1.5,
+                1.5);
+  expect_format("%s|%d|%f", "1,5|5|-1.#IND00", Own{"1,5"}, 5, std::bit_cast<double>(~0ULL));
 }
 
 TEST(FormatLikeTheRuntime, TextAndCharacters) {
