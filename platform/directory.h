@@ -8,10 +8,10 @@ namespace qmsd::platform {
 extern const qm_wchar kPathSeparator;  // '\' or '/'
 extern const qm_wchar kListSeparator;  // between the entries of PATH: ';' or ':'
 
-// Walks the entries whose names match `pattern` ("*" and "?"), in the system's order. `.` and `..`
-// are no entries. `visit` gets each name without its directory; the walk ends when it returns false.
-// A directory that cannot be read, or whose name is too long for the system, has no entries.
-// Any thread may walk; no lock may be held if `visit` does more than remember.
+// Walks the entries whose names match `pattern` ("*" and "?", and case, as the system takes them),
+// in the system's order. "." and ".." are no entries. `visit` gets each name without its directory;
+// the walk ends when it returns false. A directory that cannot be read, or whose name is too long
+// for the system, has no entries. Any thread may walk; no lock may be held.
 using VisitName = bool (*)(const qm_wchar* name, void* context);
 void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitName visit,
                      void* context);

@@ -1,8 +1,8 @@
 // The runtime's printf rules for narrow and wide text, the same on every system:
 // in a wide format %s and %ls take wide text, %S and %hs narrow text; in a narrow format %s and %hs
 // take narrow text, %S and %ls wide text. %I64i and %lli take 64 bits, %li takes a long, %p prints
-// upper-case hexadecimal digits without "0x", exponents have three digits, ties round away from zero,
-// a null text prints as "(null)", an unknown conversion prints its letter, %n is ignored.
+// upper-case hexadecimal digits without "0x", exponents have three digits, ties round away from
+// zero, a null text prints as "(null)", an unknown conversion prints its letter, %n is ignored.
 #pragma once
 
 #include <cstdarg>

@@ -9,8 +9,9 @@
 
 namespace qmsd::platform {
 
-// As format_wide() and format_narrow(); `length` is above 0. What has to be converted between narrow
-// and wide is written up to the first character that has no other form, and the result is -1 then.
+// As format_wide() and format_narrow(); `length` is above 0. What has to be converted between
+// narrow and wide is written up to the first character that has no other form; the result is -1
+// then.
 int format_portable(qm_wchar* buffer, std::size_t length, const qm_wchar* format,
                     va_list arguments);
 int format_portable(char* buffer, std::size_t length, const char* format, va_list arguments);

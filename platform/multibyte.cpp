@@ -1,5 +1,5 @@
-// Runtimes replace what a locale lacks by something alike; we accept a conversion to narrow text only
-// if it leads back to where it came from.
+// Runtimes replace what a locale lacks by something alike; we accept a conversion to narrow text
+// only if it leads back to where it came from.
 #include "platform/multibyte.h"
 
 #include <algorithm>

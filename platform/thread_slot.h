@@ -5,8 +5,8 @@
 
 namespace qmsd::platform {
 
-// Creating and destroying is for one thread at a time, while no other uses the slot; get() and set()
-// are for any thread. The values belong to whoever set them: destroy() frees none.
+// Creating and destroying is for one thread at a time, while no other uses the slot; get() and
+// set() are for any thread. The values belong to whoever set them: destroy() frees none.
 class ThreadSlot {
  public:
   // Runs with the value of a thread that ends, unless it is null, where the system offers that

@@ -9,8 +9,8 @@
 
 namespace qmsd::platform {
 
-// Both always terminate (the room is above 0), cut between characters, and return false when they had
-// to cut. Other lone surrogates end a narrow text: it counts as cut.
+// Both always terminate (the room is above 0), cut between characters, and return false when they
+// had to cut. Other lone surrogates end a narrow text: it counts as cut.
 bool widen_utf8(const char* text, qm_wchar* buffer, std::size_t length) noexcept;
 bool narrow_utf8(const qm_wchar* text, char* buffer, std::size_t size) noexcept;
 

@@ -1,5 +1,5 @@
-// The runtime's own formatting routines under their underscored names: the plain ones are replaced by
-// the compiler's C99 versions, in which %s of a wide format means narrow text.
+// The runtime's own formatting routines under their underscored names: the plain ones are replaced
+// by the compiler's C99 versions, in which %s of a wide format means narrow text.
 #include "platform/format.h"
 
 #include <clocale>

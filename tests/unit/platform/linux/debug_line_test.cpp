@@ -1,3 +1,4 @@
+// Where a line for the developer goes.
 #include <gtest/gtest.h>
 
 #include "platform/runtime_text.h"

@@ -1,3 +1,4 @@
+// File names that are more than ASCII, or not even UTF-8.
 #include <gtest/gtest.h>
 
 #include <chrono>

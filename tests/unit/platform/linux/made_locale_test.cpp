@@ -1,3 +1,4 @@
+// Locales with one and two bytes to a character, and with a decimal comma.
 #include <gtest/gtest.h>
 
 #include "tests/unit/platform/format_support.h"

@@ -1,3 +1,4 @@
+// What only this system offers: a routine for the value of a thread that ends.
 #include <gtest/gtest.h>
 
 #include <atomic>

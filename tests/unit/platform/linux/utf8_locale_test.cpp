@@ -1,3 +1,4 @@
+// Single characters in the one multibyte locale that every machine has.
 #include <gtest/gtest.h>
 
 #include "tests/unit/platform/locale_guard.h"

@@ -1,3 +1,4 @@
+// Single characters in a code page of single bytes and in one of double bytes.
 #include <gtest/gtest.h>
 
 #include "tests/unit/platform/locale_guard.h"

@@ -1,3 +1,4 @@
+// Libraries and directories of the system itself.
 #include <gtest/gtest.h>
 #include <windows.h>
 

@@ -1,3 +1,4 @@
+// A version resource as the system's own libraries carry it.
 #include <gtest/gtest.h>
 
 #include <cstring>
