@@ -298,13 +298,15 @@ TEST_F(Threads, GiveUpOnAModuleThatTakesTooLong) {
   configure("");
 }
 
-// The bound holds where the loading thread sits inside the system's loader.
+// The bound holds where the loading thread sits inside the system's loader. Threads cannot begin
+// meanwhile, so the others have to be there before.
 TEST_F(Threads, GiveUpOnAModuleThatTakesTooLongToLoad) {
   install("tm_plain");
   configure("tm_plain.load_sleep=3500");
-  std::atomic<bool> go{false};
+  std::atomic<bool> waits{false};
   std::thread waiting([&] {
-    while (!go) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    waits = true;
+    wait_for("load");
     const auto start = std::chrono::steady_clock::now();
     const auto [handle, error] = try_open(QM_W("tm_plain"));
     const auto waited = elapsed_since(start).count();
@@ -313,13 +315,9 @@ TEST_F(Threads, GiveUpOnAModuleThatTakesTooLongToLoad) {
     EXPECT_GE(waited, 1950);
     EXPECT_LE(waited, 2900);
   });
-  std::thread watching([&] {
-    wait_for("load");
-    go = true;
-  });
+  while (!waits) std::this_thread::yield();
   EXPECT_TRUE(close(open(QM_W("tm_plain"))));
   waiting.join();
-  watching.join();
   configure("");
 }
 
