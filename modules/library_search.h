@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 #include "include/qmsd7.h"
 #include "platform/library.h"
@@ -25,7 +26,7 @@ class OwnedLibrary {
 
   platform::Library get() const noexcept { return library_; }
   explicit operator bool() const noexcept { return static_cast<bool>(library_); }
-  [[nodiscard]] platform::Library release() noexcept;
+  [[nodiscard]] platform::Library release() noexcept { return std::exchange(library_, {}); }
   // Unloads what it held. Foreign code may run: no lock may be held.
   void reset(platform::Library next = {}) noexcept;
 
@@ -33,12 +34,14 @@ class OwnedLibrary {
   platform::Library library_;
 };
 
-// Raised around every unload, so that a module's unload code can tell; also by QM_CALL_CLOSE.
+// Raised around every unload, and for good by QM_CALL_CLOSE. Nothing depends on it; it tells whoever
+// looks into a process that clean-up is going on.
 void raise_closing_counter() noexcept;
 void lower_closing_counter() noexcept;
 
-// Looks for the library by the system's rules, then in the system directory's `qm` folder.
-// On failure records error 0x1000 with the name and the system's words, and returns empty.
+// Looks for the library by the system's rules, then in the system directory's `qm` folder, and fills
+// in its full path. On failure records error 0x1000 with the name and the system's words for the
+// second attempt, and returns empty. Foreign code runs: no lock may be held.
 OwnedLibrary load_module_library(const qm_wchar* name, qm_wchar (&path)[kModuleTextLength]);
 
 }  // namespace qmsd
