@@ -165,14 +165,15 @@ enum {
  * Codes below 0x1000 are the C runtime's errno values.                                          */
 
 enum {
-  QM_ERROR_NOT_FOUND = 2,           /* unknown, empty or closed                                  */
-  QM_ERROR_NO_MEMORY = 12,          /* exhausted memory                                          */
-  QM_ERROR_DAMAGED = 14,            /* damaged or missing bookkeeping                            */
-  QM_ERROR_BUSY = 16,               /* another thread did not finish in time                     */
-  QM_ERROR_ARGUMENT = 22,           /* bad argument or unknown code                              */
-  QM_ERROR_RANGE = 34,              /* out of range                                              */
-  QM_ERROR_LOAD = 0x1000,           /* a library cannot be loaded                                */
-  QM_ERROR_VERSION_READ = 0x1002,   /* a version resource cannot be read                         */
+  QM_ERROR_NOT_FOUND = 2,         /* unknown, empty or closed                                  */
+  QM_ERROR_NO_MEMORY = 12,        /* exhausted memory                                          */
+  QM_ERROR_DAMAGED = 14,          /* damaged or missing bookkeeping                            */
+  QM_ERROR_BUSY = 16,             /* another thread did not finish in time                     */
+  QM_ERROR_ARGUMENT = 22,         /* bad argument or unknown code                              */
+  QM_ERROR_RANGE = 34,            /* out of range                                              */
+  QM_ERROR_LOAD = 0x1000,         /* a library cannot be loaded                                */
+  QM_ERROR_VERSION_READ = 0x1002, /* a version resource cannot be read                         */
+  QM_ERROR_SHORT_READ = 0x1002, /* a file ended early                                            */
   QM_ERROR_VERSION_FORMAT = 0x1004, /* a version resource lacks a table                          */
   QM_ERROR_MODULE_NOT_OPEN = 0x8000 /* a module that is not open                                 */
 };
