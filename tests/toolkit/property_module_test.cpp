@@ -1,5 +1,6 @@
 // The property module as a module: exports, handles, refusals, files that are no TOML, threads.
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 
 #include "tests/toolkit/property_test.h"
@@ -83,6 +84,30 @@ TEST_F(PropertyModule, RecordsAreChecked) {
   EXPECT_EQ(call(QM_PROPERTY_WRITEW, &nothing), 0);
   EXPECT_EQ(reported().message, "[qmproperty] (!text)");
 }
+
+#ifndef _WIN32
+// At process exit a caller may come after this library's own destructors have run.
+TEST_F(PropertyModule, AnswersAfterItsDestructorsRan) {
+  static qm_call_fn entry = nullptr;
+  const auto last_call = [] {
+    qm_wchar text[10];
+    qm_property_text record{QM_W("/key"), text, 10};
+    const bool refused = entry(0, QM_PROPERTY_READW, &record) == 0;
+    std::_Exit(refused && entry(0, QM_PROPERTY_SAVE, nullptr) == 0 ? 7 : 1);
+  };
+  const auto end = [&] {
+    std::atexit(last_call);  // before the library is loaded, so after its destructors
+    start("key = \"value\"\n");
+    const bool found = read(QM_W("/key")).has_value();
+    qm_kernel_entry nobody{nullptr};  // the stand-in's own data will be gone
+    call(QM_CALL_SETKERNELENTRY, &nobody);
+    entry = reinterpret_cast<qm_call_fn>(library().find("qm_call"));
+    std::exit(found ? 0 : 1);
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(end(), testing::ExitedWithCode(7), "");
+}
+#endif
 
 TEST_F(PropertyFile, ThatIsNoTomlFailsEveryCallAndStaysAsItIs) {
   constexpr const char* kBroken = "good = \"1\"\n\nbad = = 2\n";

@@ -230,6 +230,26 @@ TEST_F(PropertySave, WithoutChangesTheFileIsLeftAlone) {
   EXPECT_EQ(content_of(file()), kTree);
 }
 
+TEST_F(PropertySave, RemovalIsAChange) {
+  start(kTree);
+  ASSERT_TRUE(remove(QM_W("/plain")));
+  ASSERT_TRUE(save());
+  start_again();
+  EXPECT_EQ(list(QM_W("/")), QM_W("a\r\nnumber\r\n"));
+}
+
+TEST_F(PropertySave, WhatIsSavedIsNotSavedAgain) {
+  start(kTree);
+  ASSERT_TRUE(write(QM_W("/plain"), QM_W("1")));
+  ASSERT_TRUE(save());
+  set_content(file(), "edited = \"by hand\"\n");
+  EXPECT_TRUE(save());
+  EXPECT_EQ(content_of(file()), "edited = \"by hand\"\n");
+  ASSERT_TRUE(write(QM_W("/plain"), QM_W("2")));
+  EXPECT_TRUE(save());
+  EXPECT_NE(content_of(file()).find("plain = \"2\""), std::string::npos);
+}
+
 TEST_F(PropertySave, NothingIsLeftBesideTheFile) {
   start(kTree);
   ASSERT_TRUE(write(QM_W("/plain"), QM_W("1")));

@@ -153,6 +153,7 @@ TEST_F(PropertiesInKernel, ProcessMayEndWithOpenHandles) {
     call(QM_PROPERTY_HANDLE, QM_PROPERTY_WRITEW, &change);
     std::exit(7);
   };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(end_with_open_handles(), testing::ExitedWithCode(7), "");
 }
 
