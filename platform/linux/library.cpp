@@ -29,11 +29,11 @@ Library open_path(const char* path, LoadFailure& failure) {
   return {os};
 }
 
-// A file name below a directory; empty when it would be too long.
+// A file name below a directory; empty when the directory is unknown or the path too long.
 class PathBelow {
  public:
   PathBelow(std::string_view directory, std::string_view name) noexcept {
-    if (directory.size() + 1 + name.size() >= sizeof path_) return;
+    if (directory.empty() || directory.size() + 1 + name.size() >= sizeof path_) return;
     char* end = std::copy(directory.begin(), directory.end(), path_);
     *end++ = '/';
     *std::copy(name.begin(), name.end(), end) = 0;

@@ -17,7 +17,7 @@ constexpr std::size_t kLongestVariable = 1024;  // terminator included
 
 void os_system_directory(qm_wchar* buffer, std::size_t length) {
   const UINT written = ::GetSystemDirectoryW(buffer, static_cast<UINT>(length));
-  if (written >= length) buffer[0] = 0;
+  if (written == 0 || written >= length) buffer[0] = 0;
 }
 
 bool os_listed_system_directory(qm_wchar* buffer, std::size_t length) {
