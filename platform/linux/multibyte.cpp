@@ -1,10 +1,9 @@
 // The runtime's wide character is a code point here, so surrogate pairs are joined and split.
-#include "platform/runtime_characters.h"
+#include "platform/multibyte.h"
 
 #include <langinfo.h>
 
 #include <climits>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -22,7 +21,7 @@ bool in_c_locale() {
 
 }  // namespace
 
-WideCharacter runtime_widen(const char* source, std::size_t length) noexcept {
+WideCharacter widen_beyond_ascii(const char* source, std::size_t length) noexcept {
   if (in_c_locale()) return {1, 1, {static_cast<unsigned char>(*source), 0}};
   const KeepErrors keep;
   std::mbstate_t state{};
@@ -35,7 +34,7 @@ WideCharacter runtime_widen(const char* source, std::size_t length) noexcept {
   return result;
 }
 
-NarrowCharacter runtime_narrow(const qm_wchar* source, std::size_t length) noexcept {
+NarrowCharacter narrow_beyond_ascii(const qm_wchar* source, std::size_t length) noexcept {
   static_assert(sizeof(NarrowCharacter::bytes) >= MB_LEN_MAX);
   if (in_c_locale()) {
     return *source > 0xFF ? NarrowCharacter{} : NarrowCharacter{1, 1, {static_cast<char>(*source)}};

@@ -1,7 +1,7 @@
 // The runtime's own routines answer what they cannot convert with "?" or something alike, so the
 // system's are asked instead, for the code page that the runtime's locale has. A wide character is
 // one unit here: a surrogate pair has no narrow form.
-#include "platform/runtime_characters.h"
+#include "platform/multibyte.h"
 
 #include <windows.h>
 
@@ -19,7 +19,7 @@ UINT runtime_code_page() { return ::___lc_codepage_func(); }
 
 }  // namespace
 
-WideCharacter runtime_widen(const char* source, std::size_t length) noexcept {
+WideCharacter widen_beyond_ascii(const char* source, std::size_t length) noexcept {
   const auto lead = static_cast<unsigned char>(*source);
   const UINT code_page = runtime_code_page();
   if (code_page == kCLocale) return {1, 1, {lead, 0}};
@@ -35,7 +35,7 @@ WideCharacter runtime_widen(const char* source, std::size_t length) noexcept {
   return result;
 }
 
-NarrowCharacter runtime_narrow(const qm_wchar* source, std::size_t) noexcept {
+NarrowCharacter narrow_beyond_ascii(const qm_wchar* source, std::size_t) noexcept {
   const UINT code_page = runtime_code_page();
   if (code_page == kCLocale) {
     return *source > 0xFF ? NarrowCharacter{} : NarrowCharacter{1, 1, {static_cast<char>(*source)}};
