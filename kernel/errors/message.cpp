@@ -9,7 +9,7 @@
 namespace qmsd {
 
 void code_text(std::int32_t code, qm_wchar (&text)[kMessageLength]) {
-  // Modules mark their own errors with bits above a runtime's number; bit 15 says that there is none.
+  // Modules mark their errors with bits above a runtime's number; bit 15 says that there is none.
   constexpr std::int32_t kNumberBits = 0x7FFF;
   constexpr std::int32_t kNoNumber = 0x8000;
   TextFound found = errors_lookup(code, text, kMessageLength);

@@ -54,8 +54,8 @@ bool has_message() noexcept;
 const qm_wchar* current_message() noexcept;  // never null
 // The thread's buffer, made at the first use. Null when there is no slot or no memory.
 qm_wchar* message_buffer();
-// Puts another buffer, or null, into the slot and hands the old one out; hands the new one back when
-// it cannot be put there.
+// Puts another buffer, or null, into the slot and hands the old one out; hands the new one back
+// when it cannot be put there.
 MessageBuffer exchange_message(MessageBuffer next) noexcept;
 
 bool has_stack_slot() noexcept;

@@ -1,5 +1,5 @@
-// The error-text table. Its lock is the leaf: nothing that may record an error, load or wait happens
-// under it, so the runtime is asked for a text before the lock is taken.
+// The error-text table. Its lock is the leaf: nothing that may record an error, load or wait
+// happens under it, so the runtime is asked for a text before the lock is taken.
 #include "services/tables/error_texts.h"
 
 #include <atomic>

@@ -35,7 +35,7 @@ std::optional<std::size_t> narrow_length(const qm_wchar* text) {
 }
 
 std::string_view view_of_narrow(const char* text) {
-  return text == nullptr ? std::string_view() : std::string_view(text);
+  return text == nullptr ? "" : text;
 }
 
 }  // namespace
@@ -121,7 +121,7 @@ bool qmString::place(std::int32_t keep, std::string_view text) {
                    before(text.data(), buffer_ + capacity_);
   const std::ptrdiff_t offset = own ? text.data() - buffer_ : 0;
   if (!make_room(static_cast<std::uint64_t>(keep) + text.size())) return false;
-  if (!text.empty()) {
+  if (buffer_ != nullptr) {
     std::memmove(buffer_ + keep, own ? buffer_ + offset : text.data(), text.size());
   }
   cut(keep + static_cast<std::int32_t>(text.size()));

@@ -1,5 +1,5 @@
-// Lets a scenario meet every way in which memory can run out. Only what the calling thread allocates
-// through platform/heap.h is counted; other threads are never refused.
+// Lets a scenario meet every way in which memory can run out. Only what the calling thread
+// allocates through platform/heap.h is counted; other threads are never refused.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Lending the error state out and putting it back.
 #include <gtest/gtest.h>
 
 #include "kernel/errors/error_state.h"
