@@ -4,6 +4,7 @@
 readonly SUITES=(windows linux asan tsan)
 PASSED=0
 FAILED=0
+SKIPPED=0
 BROKEN=()
 
 ensure_test_packages() {
@@ -15,12 +16,15 @@ ensure_test_packages() {
 
 # count_results LOG: adds up ctest's summary; false when there is none or no test ran.
 count_results() {
-  local line pattern='([0-9]+) tests failed out of ([0-9]+)'
+  local line failed all skipped pattern='([0-9]+) tests failed out of ([0-9]+)'
   line=$(grep -E "$pattern" "$1" | tail -n 1)
   [[ $line =~ $pattern ]] || return 1
-  FAILED=$((FAILED + BASH_REMATCH[1]))
-  PASSED=$((PASSED + BASH_REMATCH[2] - BASH_REMATCH[1]))
-  ((BASH_REMATCH[2] > 0))
+  failed=${BASH_REMATCH[1]} all=${BASH_REMATCH[2]}
+  skipped=$(grep -cE '^\s+[0-9]+ - .* \((Skipped|Disabled)\)$' "$1" || true)
+  FAILED=$((FAILED + failed))
+  SKIPPED=$((SKIPPED + skipped))
+  PASSED=$((PASSED + all - failed - skipped))
+  ((all > skipped))
 }
 
 # run_suite NAME: a suite that cannot be built or run at all counts as broken.
@@ -52,7 +56,7 @@ run_source_checks() {
 close_tests() {
   say "All results"
   ((${#BROKEN[@]} == 0)) || printf 'could not be run: %s\n' "${BROKEN[@]}"
-  echo "$PASSED passed, $((FAILED + ${#BROKEN[@]})) failed"
+  echo "$PASSED passed, $((FAILED + ${#BROKEN[@]})) failed, $SKIPPED skipped"
   ((FAILED + ${#BROKEN[@]} == 0))
 }
 
