@@ -1,4 +1,5 @@
 // Handles: their values, the calls through them, their references and their end.
+#include <atomic>
 #include <thread>
 
 #include "tests/contract/support/module_test.h"
@@ -25,6 +26,19 @@ class Handles : public ModuleTest {
     qm_handle_ref record{handle};
     EXPECT_EQ(kernel()(QM_CALL_REFHANDLE, &record), 1);
     EXPECT_EQ(record.handle, handle);
+  }
+  // A thread that spends most of a second in a call through a handle, and has begun by now.
+  template <class Check>
+  static std::thread in_a_call(Check check) {
+    std::atomic<bool> begins{false};
+    std::thread calling([&begins, check] {
+      begins = true;
+      tm_number sleep{800};
+      check(&sleep);
+    });
+    while (!begins) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    return calling;
   }
   // The owner's result for a call through the handle, as the kernel reduces it.
   std::int32_t result_of(std::uint32_t handle, std::int32_t owners_result) {
@@ -198,12 +212,10 @@ TEST_F(Handles, CannotBeReferencedWhenUnknown) {
 TEST_F(Handles, SurviveTheirReleaseDuringACall) {
   const std::uint32_t handle = open(QM_W("tm_plain"));
   clear_journal();
-  std::thread calling([this, handle] {
-    tm_number sleep{500};
-    EXPECT_EQ(kernel().through(handle, TM_SLEEP, &sleep), 1);
+  std::thread calling = in_a_call([this, handle](tm_number* sleep) {
+    EXPECT_EQ(kernel().through(handle, TM_SLEEP, sleep), 1);
     EXPECT_EQ(kernel().error(), (Error{0, {}}));
   });
-  std::this_thread::sleep_for(std::chrono::milliseconds(150));
   EXPECT_FALSE(close(handle)) << "the call holds a reference";
   EXPECT_EQ(journal("close"), Lines{});
   calling.join();
@@ -213,11 +225,9 @@ TEST_F(Handles, SurviveTheirReleaseDuringACall) {
 
 TEST_F(Handles, FailACallWhoseReferenceSomebodyElseReleased) {
   const std::uint32_t handle = open(QM_W("tm_plain"));
-  std::thread calling([this, handle] {
-    tm_number sleep{500};
-    EXPECT_TRUE(kernel().fails(handle, TM_SLEEP, &sleep, unknown(handle)));
+  std::thread calling = in_a_call([this, handle](tm_number* sleep) {
+    EXPECT_TRUE(kernel().fails(handle, TM_SLEEP, sleep, unknown(handle)));
   });
-  std::this_thread::sleep_for(std::chrono::milliseconds(150));
   EXPECT_FALSE(close(handle));
   EXPECT_TRUE(close(handle)) << "more releases than references";
   calling.join();

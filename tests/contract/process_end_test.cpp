@@ -8,6 +8,8 @@ namespace {
 
 constexpr int kAsPlanned = 42;
 constexpr std::chrono::seconds kLimit{20};
+// Far below the sleep of the threads that are left behind, far above what a busy machine needs.
+constexpr auto kAtOnce = std::chrono::milliseconds(3000);
 
 class ProcessEnd : public ModuleTest {
  protected:
@@ -27,11 +29,11 @@ TEST_F(ProcessEnd, DoesNotWaitForAThreadInsideAModule) {
   configure("tm_plain.open_sleep=60000");
   const HostResult opening = run_host("leaves_a_thread_in_an_open", kLimit);
   EXPECT_EQ(opening.exit_code, kAsPlanned);
-  EXPECT_LT(opening.lasted.count(), 300 + 1000);
+  EXPECT_LT(opening.lasted, kAtOnce);
   configure("");
   const HostResult calling = run_host("leaves_a_thread_in_a_call", kLimit);
   EXPECT_EQ(calling.exit_code, kAsPlanned);
-  EXPECT_LT(calling.lasted.count(), 300 + 1000);
+  EXPECT_LT(calling.lasted, kAtOnce);
 }
 
 #ifdef _WIN32  // elsewhere threads live on while the process ends: calling then is a host's mistake
@@ -40,7 +42,7 @@ TEST_F(ProcessEnd, DoesNotWaitForLocksOfKilledThreads) {
   for (int times = 0; times < 10; ++times) {
     const HostResult result = run_host("leaves_busy_threads", kLimit);
     EXPECT_EQ(result.exit_code, kAsPlanned);
-    EXPECT_LT(result.lasted.count(), 100 + 1500);
+    EXPECT_LT(result.lasted, kAtOnce);
   }
 }
 
