@@ -34,9 +34,7 @@ std::optional<std::size_t> narrow_length(const qm_wchar* text) {
   return *size - 1;
 }
 
-std::string_view view_of_narrow(const char* text) {
-  return text == nullptr ? "" : text;
-}
+std::string_view view_of_narrow(const char* text) { return text == nullptr ? "" : text; }
 
 }  // namespace
 
