@@ -116,6 +116,7 @@ int32_t QM_STDCALL old_entry(uint32_t handle, uint32_t code, void* params) {
       return close_instance(handle);
     default:
       test_module::journal("call %08x %x", code, handle);
+      if (test_module::setting(TM_CALL_VARIANTS) != 0) test_module::use_a_variant();
       return test_module::setting(TM_CALL_RESULT);
   }
 }

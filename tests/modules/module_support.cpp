@@ -46,9 +46,9 @@ void append_to_file(const char* file, const char* text, size_t size) {
 
 // In the order of tm_setting.
 constexpr const char* kSettingNames[TM_SETTING_COUNT] = {
-    "open_result", "open_sleep",  "open_fields",  "open_releases", "close_result",
-    "close_sleep", "close_opens", "notice_sleep", "notice_opens",  "notice_result",
-    "call_result", "load_opens",  "load_sleep",   "unload_calls",  "old_result",
+    "open_result", "open_sleep",   "open_fields",  "open_releases", "close_result", "close_sleep",
+    "close_opens", "notice_sleep", "notice_opens", "notice_result", "call_result",  "load_opens",
+    "load_sleep",  "unload_calls", "old_result",   "call_variants",
 };
 
 // Takes each "PREFIX" "SETTING=VALUE" out of the text.
@@ -81,6 +81,10 @@ void take_name(const char* path) {
 // What a module's clean-up code may try while the kernel unloads it.
 void call_while_unloading() {
   if (kernel() == nullptr) return;
+  if (setting(TM_UNLOAD_CALLS) > 1) {
+    call_kernel(QM_GROUP_HANDLE(setting(TM_UNLOAD_CALLS)), QM_CALL_NOP, nullptr);
+    return;
+  }
   qm_open_module_w open{QM_W("tm_plain"), nullptr, 0};
   call_kernel(0, QM_CALL_OPENMODULEW, &open);
   qm_handle_ref handle{0x10000};
@@ -187,6 +191,16 @@ int32_t call_kernel(uint32_t handle, uint32_t code, void* record) {
 void open_module(const qm_wchar* name) {
   qm_open_module_w record{name, nullptr, 0};
   call_kernel(0, QM_CALL_OPENMODULEW, &record);
+}
+
+void use_a_variant() {
+  const int32_t number = 42;
+  int64_t wider = 0;
+  qm_variant_create made{nullptr, 1, nullptr, QM_TYPE_SIGNED, sizeof number, 1, &number};
+  if (call_kernel(0, QM_CALL_VARIANTCREATE, &made) == 0) return;
+  qm_variant_convert read{made.variant, 0, QM_TYPE_SIGNED, sizeof wider, 1, &wider, sizeof wider};
+  call_kernel(0, QM_CALL_VARIANTCONVERT, &read);
+  call_kernel(0, QM_CALL_VARIANTRELEASE, made.variant);
 }
 
 bool answer_common(uint32_t code, void* params, int32_t& result) {

@@ -45,6 +45,9 @@ int32_t call_kernel(uint32_t handle, uint32_t code, void* record);
 // Opens a module and journals the attempt; the handle stays open.
 void open_module(const qm_wchar* name);
 
+// Creates a variant, converts and releases it, and journals each of these calls.
+void use_a_variant();
+
 // The codes that every test module answers; false when it is another one.
 bool answer_common(uint32_t code, void* params, int32_t& result);
 

@@ -29,8 +29,9 @@ enum tm_setting : int32_t {
   TM_CALL_RESULT,    // (1) returned by every code that the module does not know
   TM_LOAD_OPENS,     // (0) not 0: opens itself while it is being loaded
   TM_LOAD_SLEEP,     // (0) milliseconds spent while being loaded
-  TM_UNLOAD_CALLS,   // (0) not 0: calls the kernel while being unloaded
+  TM_UNLOAD_CALLS,   // (0) calls the kernel while being unloaded: 1 in several ways, else the group
   TM_OLD_RESULT,     // (0) returned to the older open, close and information codes
+  TM_CALL_VARIANTS,  // (0) not 0: codes that the module does not know create, convert, release one
   TM_SETTING_COUNT
 };
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -57,8 +58,8 @@ inline void set_thread_error(std::int32_t code) {
 class ModuleTest : public testing::Test {
  protected:
   void SetUp() override {
-    static int number = 0;
-    folder_ = program_folder() / "scratch_modules" / std::to_string(++number);
+    // Other cases may run at the same time, each in a process of its own.
+    folder_ = program_folder() / "scratch_modules" / std::to_string(getpid());
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
     std::filesystem::current_path(folder_);

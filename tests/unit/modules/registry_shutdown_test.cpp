@@ -1,4 +1,8 @@
 // Unloading what is left at shutdown, and the statistics of what is there.
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 #include "modules/registry.h"
 #include "services/tables/group_table.h"
 #include "tests/unit/modules/module_test.h"
@@ -6,7 +10,24 @@
 namespace qmsd {
 namespace {
 
-class Shutdown : public ModuleTest {};
+#ifdef __SANITIZE_ADDRESS__
+using LeakAllowed = __lsan::ScopedDisabler;
+#else
+struct LeakAllowed {};
+#endif
+
+class Shutdown : public ModuleTest {
+ protected:
+  // What the shutdown left loaded: its own use goes, and the one that finding it takes.
+  static void unload_abandoned(const qm_wchar* name) {
+    platform::LoadFailure failure;
+    const WideString file = WideString(name) + platform::kLibraryExtension;
+    const platform::Library library = platform::open_library(file.c_str(), failure);
+    ASSERT_TRUE(library);
+    platform::close_library(library);
+    platform::close_library(library);
+  }
+};
 
 TEST_F(Shutdown, UnloadsWhateverTheUses) {
   install("qmtm_family");
@@ -64,6 +85,23 @@ TEST_F(Shutdown, UnloadCodeMayCallTheKernelBeforeTheEndToo) {
   EXPECT_EQ(count_of(lines, "tm_unload_calls unload"), 1);
   EXPECT_EQ(count_of(lines, "tm_unload_calls nested 10030000 result=1 error=0"), 1);
   EXPECT_EQ(count_of(lines, "tm_plain open name=tm_plain group=(null)"), 1);
+}
+
+// Each of the two loads the other while it is being unloaded.
+TEST_F(Shutdown, EndsAlthoughModulesKeepLoadingOthers) {
+  for (const char* name : {"qm_ping", "qm_pong"}) install("tm_plain", name);
+  set_environment("TM_SETTINGS", "qm_ping.unload_calls=0x2F02 qm_pong.unload_calls=0x2F01");
+  start();
+  groups_set(0x2F01, QM_W("qm_ping"));
+  groups_set(0x2F02, QM_W("qm_pong"));
+  EXPECT_EQ(qm_call(QM_GROUP_HANDLE(0x2F01), 0x2F000001, nullptr), 1);
+  {
+    [[maybe_unused]] const LeakAllowed abandoned;
+    stop();
+  }
+  const Lines lines = journal();
+  EXPECT_EQ(count_of(lines, "qm_ping unload") + count_of(lines, "qm_pong unload"), 1000);
+  unload_abandoned(QM_W("qm_ping"));
 }
 
 TEST_F(Shutdown, NewLifeLoadsAnew) {
