@@ -13,7 +13,7 @@
 
 #ifdef __SANITIZE_ADDRESS__
 // What a process leaves that ends in the middle of its work is no leak.
-extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
+extern "C" QM_EXPORT const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif
 
 namespace {
