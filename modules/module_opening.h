@@ -18,7 +18,8 @@ struct OpenedModule {
 };
 
 // Loads the library `name`; without one that is fit, asks the property store for an alias, under
-// `group` if that is neither null nor empty. On failure the error is recorded and nothing is loaded.
+// `group` if that is neither null nor empty. On failure nothing stays loaded and the error is
+// recorded, except that a module which refuses to tell about itself leaves its own or none.
 // Modules run: no lock may be held.
 bool open_module_library(const qm_wchar* name, const qm_wchar* group, OpenedModule& opened);
 

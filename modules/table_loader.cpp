@@ -1,4 +1,4 @@
-// Reads a node's children from the property store; each child's name is a number in hexadecimal, its
+// Reads a node's children from the property store: each child's name is a hexadecimal number, its
 // value the number's text.
 #include "modules/table_loader.h"
 

@@ -29,7 +29,7 @@ enum tm_setting : int32_t {
   TM_CALL_RESULT,    // (1) returned by every code that the module does not know
   TM_LOAD_OPENS,     // (0) not 0: opens itself while it is being loaded
   TM_LOAD_SLEEP,     // (0) milliseconds spent while being loaded
-  TM_UNLOAD_CALLS,   // (0) calls the kernel while being unloaded: 1 in several ways, else the group
+  TM_UNLOAD_CALLS,   // (0) 1: calls the kernel while being unloaded; above: calls that group then
   TM_OLD_RESULT,     // (0) returned to the older open, close and information codes
   TM_CALL_VARIANTS,  // (0) not 0: codes that the module does not know create, convert, release one
   TM_SETTING_COUNT
@@ -77,8 +77,8 @@ struct tm_old_info {
 
 // Environment variables, read live.
 //
-// TM_JOURNAL   Name of a file to which every test module appends a line for what happens to it, NAME
-//              being its file name without folder and extension, which a copy may have changed:
+// TM_JOURNAL   Name of a file to which every test module appends a line for what happens to it:
+//              (NAME is its file name without folder and extension; a copy has a name of its own)
 //                  NAME load | unload
 //                  NAME info                                QM_CALL_GETKERNELINFO
 //                  NAME notice entry=RESULT                 QM_CALL_SETKERNELENTRY; result of a NOP
@@ -99,10 +99,13 @@ struct tm_old_info {
 // The store (property/qmproperty): lines, each "PATH=VALUE" for a node or "PATH/=LISTING" for a
 // listing given literally. Without the latter the children's names are listed, one per line.
 // In values "\n", "\r" and "\\" stand for a line feed, a carriage return and a backslash.
-// Lines of settings: "!open=NAME" opens a module in the notice; "!text=CODE:TEXT" registers an error
-// text there; "!sleep=MS" sleeps in each listing; "!error=CODE" records an error in each read and
-// listing; "!silent=1" answers 1 and writes nothing; "!full=1" fills buffers to their last
-// character without a terminator. Numbers of codes are hexadecimal.
+// Lines of settings:
+//     !open=NAME       opens a module in the notice of the kernel's entry
+//     !text=CODE:TEXT  registers an error's text there, the code in hexadecimal
+//     !sleep=MS        sleeps in each listing
+//     !error=CODE      records an error in each read and listing, the code in hexadecimal
+//     !silent=1        answers 1 and writes nothing
+//     !full=1          fills buffers to their last character, without a terminator
 enum tm_store_code : uint32_t {
   TM_STORE_SET = 0x11007F00,  // tm_store_set: replaces the store's content
 };
