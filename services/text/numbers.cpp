@@ -18,9 +18,8 @@ using Limits = std::numeric_limits<std::int64_t>;
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kHexadecimalDigits = "0123456789abcdefABCDEF";
 
-bool is_digit(char character, int base) {
-  if (base == 16) return kHexadecimalDigits.find(character) != std::string_view::npos;
-  return character >= '0' && character < '0' + base;
+bool is_hexadecimal_digit(char character) {
+  return kHexadecimalDigits.find(character) != std::string_view::npos;
 }
 
 bool has_hexadecimal_prefix(std::string_view text) {
@@ -61,7 +60,7 @@ IntegerReading read_digits(std::string_view text, std::string_view digits, int b
 bool is_hexadecimal_floating(std::string_view text) {
   if (!has_hexadecimal_prefix(text)) return false;
   const bool point = text[2] == '.' && text.size() > 3;
-  return is_digit(text[point ? 3 : 2], 16);
+  return is_hexadecimal_digit(text[point ? 3 : 2]);
 }
 
 // Which end of the range a number lies beyond. It has no sign and no prefix and is not zero.
@@ -112,7 +111,7 @@ PrintedNumber print(Form... form) {
 
 IntegerReading read_integer(std::string_view text) noexcept {
   const auto [digits, negative] = skip_sign(text);
-  if (has_hexadecimal_prefix(digits) && is_digit(digits[2], 16)) {
+  if (has_hexadecimal_prefix(digits) && is_hexadecimal_digit(digits[2])) {
     return read_digits(text, digits.substr(2), 16, negative);
   }
   const bool octal = !digits.empty() && digits[0] == '0';

@@ -8,9 +8,9 @@
 
 namespace qmsd {
 
-// All readers skip leading white space and take the longest prefix that is a number, as C's strto...
-// functions do. `consumed` counts the characters up to its end, white space included; it is 0, and
-// the value too, when there is no number.
+// All readers skip leading white space and take the longest prefix that is a number, as those of C
+// do. `consumed` counts the characters up to its end, white space included; it is 0, and the value
+// too, when there is no number.
 struct IntegerReading {
   std::int64_t value;    // the nearest limit when the number does not fit
   std::size_t consumed;  // characters

@@ -48,10 +48,7 @@ DateTime date_time_from_microseconds(std::int64_t since_year_1) noexcept {
   const std::int64_t since_first = since_year_1 - kFirstMicrosecond;
   const auto days = static_cast<std::int32_t>(since_first / kMicrosecondsPerDay);
   const CalendarDate date = date_from_days(kFirstDay + days);
-  DateTime value;
-  value.set_date(date.year, date.month, date.day);
-  value.set_time_of_day(since_first % kMicrosecondsPerDay);
-  return value;
+  return DateTime::of(date.year, date.month, date.day, since_first % kMicrosecondsPerDay);
 }
 
 std::int64_t milliseconds_since_1970(DateTime value) noexcept {
@@ -89,7 +86,7 @@ DateTime date_time_from_day_number(double days) noexcept {
   constexpr double kFirst = kFirstDay - kDayOfNumber0;
   constexpr double kLast = kLastDay - kDayOfNumber0;
   const double whole = std::floor(days);
-  if (!(whole >= kFirst && whole <= kLast)) return DateTime();
+  if (!(whole >= kFirst && whole <= kLast)) return {};
   const std::int64_t day = static_cast<std::int32_t>(whole) + kDayOfNumber0;
   // A fraction that rounds up to a whole day is carried. At the ends of the range doubles are too
   // coarse for that, so the sum stays inside.

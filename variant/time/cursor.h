@@ -20,7 +20,7 @@ class Cursor {
   }
   // Gives the character that was skipped, 0 if it is none of these.
   char skip_one_of(std::string_view wanted) {
-    if (at_ == text_.size() || wanted.find(text_[at_]) == wanted.npos) return '\0';
+    if (at_ == text_.size() || wanted.find(text_[at_]) == std::string_view::npos) return '\0';
     return text_[at_++];
   }
   bool skip(std::string_view wanted) {

@@ -19,11 +19,7 @@ struct Year {
   std::optional<int> number;  // nothing if some place of it is unknown
 };
 
-Year year_of(int number) {
-  Year year{{}, number};
-  year.value.set_year(number);
-  return year;
-}
+Year year_of(int number) { return {DateTime::of(number), number}; }
 
 std::optional<Year> read_signed_year(Cursor& text, bool negative) {
   const std::size_t digits = text.count_digits();
@@ -57,10 +53,9 @@ std::optional<int> read_known_year(Cursor& text) {
 
 std::optional<DateTime> date_of_day(std::int32_t days) {
   const CalendarDate date = date_from_days(days);
-  if (date.year < DateTime::kFirstYear || date.year > DateTime::kLastYear) return std::nullopt;
-  DateTime value;
-  value.set_date(date.year, date.month, date.day);
-  return value;
+  // The last week may lead into another year. So may the first, but one year more is in range there.
+  if (date.year > DateTime::kLastYear) return std::nullopt;
+  return DateTime::of(date.year, date.month, date.day);
 }
 
 std::optional<DateTime> month_and_day(Cursor& text) {
@@ -138,9 +133,7 @@ std::optional<DateTime> compact_month_and_day(Cursor& text) {
   if (!year || !month) return std::nullopt;
   const auto day = text.number(2, 1, longest_month_length(*month));
   if (!day) return std::nullopt;
-  DateTime value;
-  value.set_date(*year, *month, *day);
-  return value;
+  return DateTime::of(*year, *month, *day);
 }
 
 std::optional<DateTime> compact_day_of_year(Cursor& text) {

@@ -28,6 +28,15 @@ class DateTime {
   // Empty: every part is absent.
   constexpr DateTime() noexcept = default;
   static constexpr DateTime from_bits(std::uint64_t bits) noexcept { return DateTime(bits); }
+  // Years kFirstYear to kLastYear; those from 0 to 99 have no century that could be told from an
+  // absent one.
+  static constexpr DateTime of(int year, int month = kNoMonth, int day = kNoDay,
+                               std::int64_t time_of_day = kNoTime) noexcept {
+    const int since_first = year - kFirstYear;  // not negative, so division rounds down
+    return DateTime(place(kCentury, since_first / 100 + kFirstYear / 100) |
+                    place(kYearOfCentury, since_first % 100) | place(kMonth, month) |
+                    place(kDay, day) | place(kTime, time_of_day));
+  }
   // What a count that no date-time can hold becomes. It looks like a date of century -1.
   static constexpr DateTime invalid() noexcept { return DateTime(~std::uint64_t{0}); }
 
@@ -63,17 +72,6 @@ class DateTime {
   constexpr void set_month(int month) noexcept { set(kMonth, month); }
   constexpr void set_day(int day) noexcept { set(kDay, day); }
   constexpr void set_time_of_day(std::int64_t microseconds) noexcept { set(kTime, microseconds); }
-  // kFirstYear to kLastYear. Years 0 to 99 have no century that could be told from an absent one.
-  constexpr void set_year(int year) noexcept {
-    const int since_first = year - kFirstYear;  // not negative, so division rounds down
-    set_century(since_first / 100 + kFirstYear / 100);
-    set_year_of_century(since_first % 100);
-  }
-  constexpr void set_date(int year, int month, int day) noexcept {
-    set_year(year);
-    set_month(month);
-    set_day(day);
-  }
 
  private:
   struct Field {
@@ -96,13 +94,15 @@ class DateTime {
   static constexpr std::uint64_t mask(Field field) noexcept {
     return (std::uint64_t{1} << field.width) - 1;
   }
+  static constexpr std::uint64_t place(Field field, std::int64_t value) noexcept {
+    return (static_cast<std::uint64_t>(value) & mask(field)) << field.shift;
+  }
   constexpr std::uint64_t get(Field field) const noexcept {
     return bits_ >> field.shift & mask(field);
   }
   constexpr int small(Field field) const noexcept { return static_cast<int>(get(field)); }
   constexpr void set(Field field, std::int64_t value) noexcept {
-    bits_ &= ~(mask(field) << field.shift);
-    bits_ |= (static_cast<std::uint64_t>(value) & mask(field)) << field.shift;
+    bits_ = (bits_ & ~(mask(field) << field.shift)) | place(field, value);
   }
 
   std::uint64_t bits_ = kEmpty;

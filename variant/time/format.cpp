@@ -9,7 +9,6 @@ namespace qmsd {
 namespace {
 
 constexpr int kMostWidth = 9;
-constexpr std::string_view kNumberLetters = "cyYmdHMS";
 
 bool is_digit(char character) { return character >= '0' && character <= '9'; }
 
@@ -110,33 +109,41 @@ void put_number(Output& output, const Conversion& conversion, int number) {
   output.put(digits);
 }
 
-void put_fraction(Output& output, std::size_t width, int microseconds) {
+void put_part(Output& output, const Conversion& conversion, std::optional<int> number, char fill) {
+  if (number) {
+    put_number(output, conversion, *number);
+  } else {
+    output.repeat(fill, conversion.width);
+  }
+}
+
+void put_fraction(Output& output, const Conversion& conversion, DateTime value, char fill) {
+  if (!value.has_time()) return output.repeat(fill, conversion.width);
   char digits[] = "000000000";
+  int microseconds = microseconds_of_second(value);
   for (int place = 5; place >= 0; --place, microseconds /= 10) {
     digits[place] = static_cast<char>('0' + microseconds % 10);
   }
-  output.put(std::string_view(digits).substr(0, width));
+  output.put(std::string_view(digits).substr(0, conversion.width == 0 ? 3 : conversion.width));
 }
 
 void put_conversion(Output& output, const Conversion& conversion, DateTime value, char fill) {
-  if (conversion.letter == '%') {
-    output.put('%');
-  } else if (conversion.letter == 'Z') {
-    if (value.has_time()) {
-      const std::size_t width = conversion.width == 0 ? 3 : conversion.width;
-      put_fraction(output, width, microseconds_of_second(value));
-    } else {
-      output.repeat(fill, conversion.width);
-    }
-  } else if (conversion.letter != 0 &&
-             kNumberLetters.find(conversion.letter) != kNumberLetters.npos) {
-    if (const auto number = number_of(value, conversion.letter)) {
-      put_number(output, conversion, *number);
-    } else {
-      output.repeat(fill, conversion.width);
-    }
-  } else {
-    output.put(conversion.text);
+  switch (conversion.letter) {
+    case 'c':
+    case 'y':
+    case 'Y':
+    case 'm':
+    case 'd':
+    case 'H':
+    case 'M':
+    case 'S':
+      return put_part(output, conversion, number_of(value, conversion.letter), fill);
+    case 'Z':
+      return put_fraction(output, conversion, value, fill);
+    case '%':
+      return output.put('%');
+    default:
+      return output.put(conversion.text);
   }
 }
 

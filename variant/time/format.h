@@ -9,8 +9,8 @@
 
 namespace qmsd {
 
-// A conversion is "%", a width of decimal digits (at most 9 counts; a leading 0 pads with zeros, else
-// with blanks) and a letter:
+// A conversion is "%", a width in decimal digits (at most 9; numbers are padded with zeros if its
+// first digit is 0, else with blanks) and a letter:
 //   c century   y year of the century   Y year   m month   d day
 //   H hours   M minutes   S seconds   Z the second's nine fraction digits, cut to the width (0: 3)
 //   % a percent sign

@@ -87,7 +87,7 @@ void read_time(DateTime& value, const Characters& text, std::size_t at) {
   if (hours == kUnknown || hours > 23 || text[at + 2] != ':') return;
   const int minutes = text.clock_pair(at + 3, 59);
   if (minutes == kUnknown) return;
-  std::int64_t time = (hours * 60 + minutes) * 60 * kMicrosecondsPerSecond;
+  std::int64_t time = std::int64_t{hours * 60 + minutes} * 60 * kMicrosecondsPerSecond;
   const int seconds = text[at + 5] == ':' ? text.clock_pair(at + 6, 59) : kUnknown;
   if (seconds != kUnknown) {
     time += seconds * kMicrosecondsPerSecond;
@@ -104,7 +104,7 @@ DateTime parse_date_time(std::string_view text) noexcept {
   const std::size_t places = characters.places_from(0);
   std::size_t time = 0;
   if (characters[places] == '-') {
-    if (!read_date(value, characters, places)) return DateTime();
+    if (!read_date(value, characters, places)) return {};
     time = places + 7;
   }
   read_time(value, characters, time);

@@ -12,11 +12,7 @@
 
 namespace qmsd {
 
-inline DateTime date(int year, int month, int day) {
-  DateTime value;
-  value.set_date(year, month, day);
-  return value;
-}
+inline DateTime date(int year, int month, int day) { return DateTime::of(year, month, day); }
 
 inline DateTime with_microseconds(DateTime value, std::int64_t time_of_day) {
   value.set_time_of_day(time_of_day);

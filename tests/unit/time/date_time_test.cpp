@@ -81,8 +81,7 @@ TEST(DateTime, SplitsYearsIntoCenturyAndRest) {
                       {0, 0, 0},      {-1, -1, 99},       {-44, -1, 56},      {-100, -1, 0},
                       {-101, -2, 99}, {102399, 1023, 99}, {-102400, -1024, 0}};
   for (const Row& row : rows) {
-    DateTime value;
-    value.set_year(row.year);
+    const DateTime value = DateTime::of(row.year);
     EXPECT_EQ(value.century(), row.century) << row.year;
     EXPECT_EQ(value.year_of_century(), row.of_century) << row.year;
     EXPECT_EQ(value.year(), row.year);

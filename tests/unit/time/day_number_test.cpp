@@ -1,3 +1,4 @@
+// Date-times as numbers of days.
 #include <gtest/gtest.h>
 
 #include <bit>

@@ -1,3 +1,4 @@
+// The zone against the system's own conversion between local time and UTC.
 #include <gtest/gtest.h>
 #include <windows.h>
 
