@@ -59,8 +59,8 @@ class Listing {
   }
 
  private:
-  static bool visit(const qm_wchar* name, void* listing) {
-    static_cast<Listing*>(listing)->add(name);
+  static bool visit(const platform::DirectoryEntry& entry, void* listing) {
+    static_cast<Listing*>(listing)->add(entry.name);
     return true;
   }
 

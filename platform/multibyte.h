@@ -39,4 +39,7 @@ inline NarrowCharacter narrow_character(const qm_wchar* source, std::size_t leng
   return narrow_beyond_ascii(source, length);
 }
 
+// The character in lower case, in the runtime's current locale.
+qm_wchar lower_case(qm_wchar character) noexcept;
+
 }  // namespace qmsd::platform

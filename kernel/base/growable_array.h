@@ -7,6 +7,7 @@
 #include <cstring>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 #include "platform/heap.h"
 
@@ -61,6 +62,12 @@ class GrowableArray {
   void erase(std::size_t at) noexcept {
     std::copy(items_ + at + 1, items_ + size_, items_ + at);
     --size_;
+  }
+
+  // Hands the elements' memory, a heap block or null, to the caller.
+  [[nodiscard]] T* release() noexcept {
+    size_ = capacity_ = 0;
+    return std::exchange(items_, nullptr);
   }
 
   // Forgets the elements and frees the memory.

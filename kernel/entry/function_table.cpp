@@ -16,6 +16,7 @@
 #include "modules/registry.h"
 #include "modules/slots.h"
 #include "modules/version_info.h"
+#include "services/files/whole_file.h"
 #include "variant/child_calls.h"
 #include "variant/conversion.h"
 #include "variant/path.h"
@@ -74,6 +75,8 @@ constexpr Function kFunctions[] = {
     {QM_CALL_SLOTCREATE, by<slot_create>},
     {QM_CALL_SLOTJOIN, by<slot_join>},
     {QM_CALL_SLOTRELEASE, by<slot_release>},
+    {QM_CALL_READFILE, by<read_file>},
+    {QM_CALL_WRITEFILE, by<write_file>},
 
     {QM_CALL_OPENMODULEW, by<open_module_wide>},
     {QM_CALL_OPENMODULEA, by<open_module_narrow>},

@@ -2,10 +2,10 @@
 
 #include <dirent.h>
 
-#include <climits>
 #include <memory>
 #include <string_view>
 
+#include "platform/linux/kernel_path.h"
 #include "platform/linux/utf8.h"
 
 namespace qmsd::platform {
@@ -48,17 +48,16 @@ bool matches(WideView name, WideView pattern) {
 const qm_wchar kPathSeparator = QM_W('/');
 const qm_wchar kListSeparator = QM_W(':');
 
-void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitName visit,
+void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitEntry visit,
                      void* context) {
-  char path[PATH_MAX];
-  if (!narrow_utf8(directory, path, sizeof path)) return;
-  const std::unique_ptr<DIR, CloseDirectory> open(::opendir(path));
+  const std::unique_ptr<DIR, CloseDirectory> open(::opendir(SystemPath(directory).c_str()));
   if (open == nullptr) return;
   while (const dirent* entry = ::readdir(open.get())) {
     qm_wchar name[sizeof entry->d_name];
     if (!is_entry(entry->d_name) || !widen_utf8(entry->d_name, name, sizeof entry->d_name))
       continue;
-    if (matches(name, pattern) && !visit(name, context)) return;
+    const DirectoryEntry found{name, name[0] == u'.', entry->d_type == DT_LNK};
+    if (matches(name, pattern) && !visit(found, context)) return;
   }
 }
 

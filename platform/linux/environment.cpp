@@ -2,7 +2,10 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <string_view>
 
+#include "platform/heap.h"
 #include "platform/linux/utf8.h"
 
 namespace qmsd::platform {
@@ -29,6 +32,45 @@ Variable read(const char* name, Char* buffer, std::size_t length) {
   return Variable::too_long;
 }
 
+using WideView = std::basic_string_view<qm_wchar>;
+
+// Null for a variable that does not exist.
+const char* value_of(WideView name) {
+  constexpr std::size_t kNameLength = 256;
+  qm_wchar terminated[kNameLength] = {};
+  char narrow[4 * kNameLength];
+  if (name.empty() || name.size() >= kNameLength) return nullptr;
+  name.copy(terminated, name.size());
+  return narrow_utf8(terminated, narrow, sizeof narrow) ? std::getenv(narrow) : nullptr;
+}
+
+// A text that grows beyond its buffer in length alone.
+class Expansion {
+ public:
+  Expansion(qm_wchar* buffer, std::size_t room) : buffer_(buffer), room_(room) {}
+
+  void append(qm_wchar unit) {
+    if (length_ < room_) buffer_[length_] = unit;
+    ++length_;
+  }
+  // False when memory is exhausted.
+  bool append_value(const char* value) {
+    const std::size_t room = std::strlen(value) + 1;
+    const std::unique_ptr<qm_wchar[], HeapFree> wide(
+        static_cast<qm_wchar*>(heap_allocate(room * sizeof(qm_wchar))));
+    if (!wide) return false;
+    widen_utf8(value, wide.get(), room);
+    for (const qm_wchar unit : WideView(wide.get())) append(unit);
+    return true;
+  }
+  std::size_t length() const { return length_; }
+
+ private:
+  qm_wchar* buffer_;
+  std::size_t room_;
+  std::size_t length_ = 0;
+};
+
 }  // namespace
 
 Variable read_variable(const char* name, qm_wchar* buffer, std::size_t length) {
@@ -37,6 +79,24 @@ Variable read_variable(const char* name, qm_wchar* buffer, std::size_t length) {
 
 Variable read_variable(const char* name, char* buffer, std::size_t size) {
   return read(name, buffer, size);
+}
+
+std::size_t expand_variables(const qm_wchar* text, qm_wchar* buffer, std::size_t length) {
+  Expansion result(buffer, length);
+  WideView rest(text);
+  while (!rest.empty()) {
+    const std::size_t end = rest[0] == u'%' ? rest.find(u'%', 1) : WideView::npos;
+    const char* value = end == WideView::npos ? nullptr : value_of(rest.substr(1, end - 1));
+    if (value == nullptr) {
+      result.append(rest[0]);
+      rest.remove_prefix(1);
+    } else {
+      if (!result.append_value(value)) return 0;
+      rest.remove_prefix(end + 1);
+    }
+  }
+  result.append(0);
+  return result.length();
 }
 
 }  // namespace qmsd::platform

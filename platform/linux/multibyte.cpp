@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <cwctype>
 
 #include "platform/keep_errors.h"
 #include "platform/linux/utf16.h"
@@ -48,6 +49,11 @@ NarrowCharacter narrow_beyond_ascii(const qm_wchar* source, std::size_t length) 
   if (result.made > sizeof result.bytes) return {};
   result.taken = point.units;
   return result;
+}
+
+qm_wchar lower_case(qm_wchar character) noexcept {
+  const std::wint_t lower = std::towlower(static_cast<std::wint_t>(character));
+  return lower > 0xFFFF ? character : static_cast<qm_wchar>(lower);
 }
 
 }  // namespace qmsd::platform

@@ -20,10 +20,14 @@ class Search {
   Search& operator=(const Search&) = delete;
 
   bool found_any() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
-  const wchar_t* name() const noexcept { return found_.cFileName; }
+  DirectoryEntry entry() const noexcept {
+    return {found_.cFileName, has(FILE_ATTRIBUTE_HIDDEN), has(FILE_ATTRIBUTE_REPARSE_POINT)};
+  }
   bool next() noexcept { return ::FindNextFileW(handle_, &found_) != FALSE; }
 
  private:
+  bool has(DWORD attribute) const noexcept { return (found_.dwFileAttributes & attribute) != 0; }
+
   WIN32_FIND_DATAW found_;
   HANDLE handle_;
 };
@@ -35,7 +39,7 @@ bool is_entry(std::wstring_view name) { return name != L"." && name != L".."; }
 const qm_wchar kPathSeparator = QM_W('\\');
 const qm_wchar kListSeparator = QM_W(';');
 
-void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitName visit,
+void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitEntry visit,
                      void* context) {
   const std::wstring_view parent = directory;
   const std::wstring_view name = pattern;
@@ -48,7 +52,8 @@ void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitNa
   Search search(path);
   if (!search.found_any()) return;
   do {
-    if (is_entry(search.name()) && !visit(search.name(), context)) return;
+    const DirectoryEntry entry = search.entry();
+    if (is_entry(entry.name) && !visit(entry, context)) return;
   } while (search.next());
 }
 

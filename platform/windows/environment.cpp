@@ -46,4 +46,9 @@ Variable read_variable(const char* name, char* buffer, std::size_t size) {
   return read(name, buffer, size);
 }
 
+std::size_t expand_variables(const qm_wchar* text, qm_wchar* buffer, std::size_t length) {
+  const KeepErrors keep;
+  return ::ExpandEnvironmentStringsW(text, buffer, static_cast<DWORD>(length));
+}
+
 }  // namespace qmsd::platform

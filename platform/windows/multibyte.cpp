@@ -7,6 +7,7 @@
 
 #include <cctype>
 #include <clocale>
+#include <cwctype>
 
 #include "platform/keep_errors.h"
 
@@ -50,5 +51,7 @@ NarrowCharacter narrow_beyond_ascii(const qm_wchar* source, std::size_t) noexcep
   result.made = static_cast<std::size_t>(made);
   return result;
 }
+
+qm_wchar lower_case(qm_wchar character) noexcept { return ::towlower(character); }
 
 }  // namespace qmsd::platform

@@ -52,9 +52,5 @@ TEST_F(UnknownCodes, IncludeTheGapsBetweenServices) {
   }
 }
 
-TEST_F(UnknownCodes, IncludeServicesThatAreNotBuiltYet) {
-  for (const std::uint32_t code : kNamedButNotServed) expect_unknown(code);
-}
-
 }  // namespace
 }  // namespace contract

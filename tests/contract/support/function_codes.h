@@ -27,6 +27,8 @@ inline constexpr NeedsRecord kNeedRecord[] = {
     {QM_CALL_SLOTCREATE, "(!ptr)"},
     {QM_CALL_SLOTJOIN, "(!ptr)"},
     {QM_CALL_SLOTRELEASE, "(!ptr)"},
+    {QM_CALL_READFILE, "(!filename)"},
+    {QM_CALL_WRITEFILE, "(!filename)"},
     {QM_CALL_OPENMODULEW, "(!ptr || !name)"},
     {QM_CALL_OPENMODULEA, "(!ptr || !name)"},
     {QM_CALL_CLOSEHANDLE, "(!ptr)"},
@@ -81,10 +83,6 @@ inline constexpr std::uint32_t kNeedNoRecord[] = {
     QM_CALL_NOP,      QM_CALL_GETERRORW, QM_CALL_GETERRORA,     QM_CALL_PUSHERROR,
     QM_CALL_POPERROR, QM_CALL_MEMCHECK,  QM_CALL_GETKERNELINFO, QM_CALL_CLOSE,
 };
-
-// Codes that have a name but no service yet. They are refused like any unknown code. Whoever builds
-// a service moves its codes from here to the tables above.
-inline constexpr std::uint32_t kNamedButNotServed[] = {QM_CALL_READFILE, QM_CALL_WRITEFILE};
 
 constexpr bool is_served(std::uint32_t code) {
   for (const NeedsRecord& entry : kNeedRecord) {

@@ -15,14 +15,14 @@ using Names = std::vector<std::string>;
 
 std::basic_string<qm_wchar> wide(const std::string& ascii) { return {ascii.begin(), ascii.end()}; }
 
-bool collect(const qm_wchar* name, void* names) {
-  const std::basic_string<qm_wchar> text = name;
+bool collect(const DirectoryEntry& entry, void* names) {
+  const std::basic_string<qm_wchar> text = entry.name;
   static_cast<Names*>(names)->emplace_back(text.begin(), text.end());
   return true;
 }
 
-bool collect_one(const qm_wchar* name, void* names) {
-  collect(name, names);
+bool collect_one(const DirectoryEntry& entry, void* names) {
+  collect(entry, names);
   return false;
 }
 
@@ -34,7 +34,7 @@ class DirectoryTest : public testing::Test {
     std::filesystem::create_directory(folder_.path() / "folder.dll");
   }
 
-  Names find(const std::string& pattern, VisitName visit = &collect) const {
+  Names find(const std::string& pattern, VisitEntry visit = &collect) const {
     Names names;
     visit_directory(wide(folder_.path().string()).c_str(), wide(pattern).c_str(), visit, &names);
     std::sort(names.begin(), names.end());

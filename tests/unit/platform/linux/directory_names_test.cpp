@@ -18,8 +18,8 @@ Names find(const TemporaryFolder& folder, const char16_t* pattern) {
   Names names;
   visit_directory(
       folder.path().u16string().c_str(), pattern,
-      [](const qm_wchar* name, void* to) {
-        static_cast<Names*>(to)->emplace_back(name);
+      [](const DirectoryEntry& entry, void* to) {
+        static_cast<Names*>(to)->emplace_back(entry.name);
         return true;
       },
       &names);
