@@ -143,6 +143,7 @@ bool read_errors(Demo& demo) {
                         qm_call(0, QM_CALL_GETERRORA, &again) == EXCOUNTER_ERROR_LIMIT;
   say(narrow);
   return check(error.code == EXCOUNTER_ERROR_LIMIT, "the module's code") &&
+         check(utf8(wide).starts_with("Counter limit reached."), "the code's own text") &&
          check(saved && other && restored && utf8(wide) == narrow, "push and pop");
 }
 

@@ -8,7 +8,7 @@ namespace demo {
 std::string utf8(const qm_wchar* text) {
   std::string bytes;
   for (; text != nullptr && *text != 0; ++text) {
-    unsigned long character = static_cast<unsigned long>(*text);
+    auto character = static_cast<unsigned long>(*text);
     const bool pair = character >= 0xD800 && character < 0xDC00 && text[1] != 0;
     if (pair) {
       ++text;

@@ -16,7 +16,7 @@ void append_escaped(std::string& out, char character) {
   constexpr std::string_view kNames = "btnfr\"\\";
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   const auto byte = static_cast<unsigned char>(character);
-  if (const std::size_t at = kNamed.find(character); at != kNamed.npos) {
+  if (const std::size_t at = kNamed.find(character); at != std::string_view::npos) {
     out.append({'\\', kNames[at]});
   } else if (byte < 0x20 || byte == 0x7F) {
     out.append({'\\', 'u', '0', '0', kDigits[byte >> 4], kDigits[byte & 0xF]});

@@ -1,5 +1,6 @@
 // The property module's entry: function codes, their records and the road back to the kernel.
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <new>
 #include <string>
@@ -24,12 +25,8 @@ constexpr qm_module_info kInfo = {QM_MODULE_ID, 0x01000000, "Properties in a TOM
 constexpr std::uint32_t kTreeHandle = 1;
 
 // Never destroyed: at process exit the kernel closes its handles after our own destructors ran.
-union Immortal {
-  Store store;
-  Immortal() : store() {}
-  ~Immortal() {}
-} immortal;
-Store& store = immortal.store;
+alignas(Store) std::byte room[sizeof(Store)];
+Store& store = *::new (room) Store;
 
 struct CloseAtUnload {
   ~CloseAtUnload() { store.close(); }

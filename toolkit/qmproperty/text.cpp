@@ -35,7 +35,7 @@ void append_utf8(std::string& text, char32_t character) {
 char32_t take_character(std::string_view& utf8) {
   const auto lead = static_cast<unsigned char>(utf8.front());
   const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
+  char32_t character = length == 1 ? lead : lead & (0x7FU >> length);
   for (const char next : utf8.substr(1, length - 1)) {
     character = (character << 6) | (static_cast<unsigned char>(next) & 0x3F);
   }
@@ -106,7 +106,7 @@ std::string to_utf8(const qm_wchar* text) {
   for (; *text != 0; ++text) {
     char32_t character = *text;
     if (is_high_surrogate(character) && is_low_surrogate(text[1])) {
-      character = 0x10000 + ((character - 0xD800) << 10) + (text[1] - 0xDC00u);
+      character = 0x10000 + ((character - 0xD800) << 10) + (text[1] - 0xDC00U);
       ++text;
     } else if (is_high_surrogate(character) || is_low_surrogate(character)) {
       character = kReplacement;

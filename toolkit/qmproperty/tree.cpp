@@ -28,7 +28,7 @@ Result split(std::string_view path, Steps& steps) {
   while (!path.empty()) {
     const std::size_t end = path.find('/');
     steps.push_back(path.substr(0, end));
-    if (end == path.npos) return {};
+    if (end == std::string_view::npos) return {};
     path.remove_prefix(end + 1);
     if (path.empty()) steps.push_back(path);  // "/a/" names the empty key below "a"
   }
@@ -58,7 +58,9 @@ Node* find(Node& root, const Steps& steps) {
   return left == 0 ? node : nullptr;
 }
 
-bool can_be_addressed(std::string_view key) { return key.find_first_of("/\r\n") == key.npos; }
+bool can_be_addressed(std::string_view key) {
+  return key.find_first_of("/\r\n") == std::string_view::npos;
+}
 
 }  // namespace
 
@@ -80,7 +82,7 @@ std::string Tree::document() const { return spell_document(root_); }
 Result Tree::read(std::string_view path, std::string& value) const {
   Steps steps;
   if (Result bad = split(path, steps); !bad) return bad;
-  const toml::node* const node = find<const toml::node>(root_, steps);
+  const auto* const node = find<const toml::node>(root_, steps);
   if (node == nullptr) return not_found(path);
   if (node->is_table()) return {QM_ERROR_NOT_FOUND, quoted(path) + " is a node without a value"};
   const toml::value<std::string>* const text = node->as_string();
@@ -91,7 +93,7 @@ Result Tree::read(std::string_view path, std::string& value) const {
 Result Tree::list(std::string_view path, std::string& names) const {
   Steps steps;
   if (Result bad = split(path, steps); !bad) return bad;
-  const toml::node* const node = find<const toml::node>(root_, steps);
+  const auto* const node = find<const toml::node>(root_, steps);
   if (node == nullptr) return not_found(path);
   if (const toml::table* const table = node->as_table(); table != nullptr) {
     for (const auto& [key, child] : *table) {
@@ -107,7 +109,7 @@ Result Tree::write(std::string_view path, std::string_view value) {
   if (steps.empty()) return {QM_ERROR_ARGUMENT, "the root cannot have a value"};
   if (steps.size() > QM_PROPERTY_MAX_DEPTH) return {QM_ERROR_RANGE, quoted(path) + " is too deep"};
   std::size_t left = 0;
-  const toml::node* const nearest = follow<const toml::node>(root_, steps, left);
+  const auto* const nearest = follow<const toml::node>(root_, steps, left);
   if (left == 0 && nearest->is_table()) {
     return {QM_ERROR_ARGUMENT, quoted(path) + " is a node: remove it first"};
   }
@@ -130,7 +132,7 @@ Result Tree::remove(std::string_view path) {
   if (steps.empty()) return {QM_ERROR_ARGUMENT, "the root cannot be removed"};
   const std::string_view name = steps.back();
   steps.pop_back();
-  toml::node* const parent = find<toml::node>(root_, steps);
+  auto* const parent = find<toml::node>(root_, steps);
   toml::table* const table = parent != nullptr ? parent->as_table() : nullptr;
   return table != nullptr && table->erase(name) != 0 ? Result() : not_found(path);
 }
