@@ -35,7 +35,8 @@ BESIDE = {
     "examples": ["include", "toolkit/include", "examples"],
     "tests/contract": ["include", "tests/contract", "tests/modules", "tests/support"],
     "tests/modules": ["include", "tests/modules"],
-    "tests/toolkit": ["include", "toolkit", "tests/toolkit", "tests/modules", "tests/support"],
+    "tests/toolkit": ["include", "toolkit", "examples", "tests/toolkit", "tests/contract/support",
+                      "tests/modules", "tests/support"],
 }
 
 KNOWS_THE_SYSTEM = {"platform", "library"}
