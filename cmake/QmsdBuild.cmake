@@ -34,9 +34,7 @@ find_package(Threads REQUIRED)
 add_library(qmsd_options INTERFACE)
 target_include_directories(qmsd_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(qmsd_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-  # One build gives the same bytes wherever its sources lie.
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 target_compile_definitions(qmsd_options INTERFACE
   $<$<BOOL:${QMSD_TRACE}>:QMSD_TRACE> $<$<BOOL:${QMSD_CHECK_LOCKS}>:QMSD_CHECK_LOCKS>)
 target_link_libraries(qmsd_options INTERFACE Threads::Threads)
@@ -48,9 +46,12 @@ if(WIN32)
   target_compile_options(qmsd_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
   target_link_options(qmsd_options INTERFACE -static)
 endif()
-if(QMSD_COVERAGE)
+if(QMSD_COVERAGE)  # Its reports open the sources by their full names.
   target_compile_options(qmsd_options INTERFACE --coverage -fprofile-abs-path -fprofile-update=atomic)
   target_link_options(qmsd_options INTERFACE --coverage)
+else()
+  # One build gives the same bytes wherever its sources lie.
+  target_compile_options(qmsd_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 endif()
 if(QMSD_FUZZ)
   # The kernel reports its coverage to the fuzzer; the fuzzer itself is linked into each target.
