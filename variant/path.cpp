@@ -35,6 +35,8 @@ class ValueTest {
 
  private:
   bool is_text(qm_variant& child, WideView wanted) const {
+    // A value without width writes nothing.
+    scratch_[0] = 0;
     const auto bytes = static_cast<std::int32_t>(length_ * sizeof(qm_wchar));
     qm_variant_convert reading{&child, 0, QM_TYPE_WIDE_TEXT, bytes, 1, scratch_, bytes};
     return convert_variant(reading) && WideView(scratch_) == wanted;
@@ -82,7 +84,10 @@ qm_variant* select(const ChildList& list, const PathStep& step, const ValueTest&
       return nullptr;
     }
     if (step.value == PathStep::Value::any) return candidate;
-    if (values.matches(*candidate, step) && to_skip-- == 0) return candidate;
+    if (!values.matches(*candidate, step)) continue;
+    if (to_skip == 0) return candidate;
+    // A negative index never comes to its end.
+    if (to_skip > 0) --to_skip;
   }
 }
 
