@@ -4,8 +4,8 @@
  * owned by the caller carries its arguments and results. This header is all that a host or a module
  * needs: it compiles as C and C++ and depends on nothing but fixed-width integers.
  *
- * Results    1 for success, 0 for failure, unless a code says otherwise. After a failure the calling
- *            thread's error state holds a code and a message (QM_CALL_GETERRORW).
+ * Results    1 for success, 0 for failure, unless a code says otherwise. After a failure the
+ *            calling thread's error state holds a code and a message (QM_CALL_GETERRORW).
  * Records    On 32-bit Windows every field is 32 bits wide. On 64-bit systems pointers and call
  *            entries widen, everything else stays 32 bits. Fields are marked in, out or in/out.
  *            A failed call leaves its out fields alone unless the code says otherwise.
@@ -29,7 +29,7 @@
 #define QM_STDCALL
 #endif
 
-/* Marks what a library exports. On Windows an export list does this, so that names stay undecorated. */
+/* Marks what a library exports. On Windows an export list does this and keeps names undecorated. */
 #if defined(__GNUC__) && !defined(_WIN32)
 #define QM_EXPORT __attribute__((visibility("default")))
 #else
@@ -57,7 +57,7 @@ typedef uint_least16_t qm_wchar;
 extern "C" {
 #endif
 
-/* The type of every call entry. `handle` addresses an object in a module, or is 0 for the kernel. */
+/* The type of every call entry. `handle` addresses an object in a module; 0 is the kernel. */
 typedef int32_t(QM_STDCALL* qm_call_fn)(uint32_t handle, uint32_t function, void* params);
 
 /* The kernel library's only export; modules export an entry of their own under the same name. */
@@ -165,15 +165,15 @@ enum {
  * Codes below 0x1000 are the C runtime's errno values.                                          */
 
 enum {
-  QM_ERROR_NOT_FOUND = 2,         /* unknown, empty or closed                                  */
-  QM_ERROR_NO_MEMORY = 12,        /* exhausted memory                                          */
-  QM_ERROR_DAMAGED = 14,          /* damaged or missing bookkeeping                            */
-  QM_ERROR_BUSY = 16,             /* another thread did not finish in time                     */
-  QM_ERROR_ARGUMENT = 22,         /* bad argument or unknown code                              */
-  QM_ERROR_RANGE = 34,            /* out of range                                              */
-  QM_ERROR_LOAD = 0x1000,         /* a library cannot be loaded                                */
-  QM_ERROR_VERSION_READ = 0x1002, /* a version resource cannot be read                         */
-  QM_ERROR_SHORT_READ = 0x1002, /* a file ended early                                            */
+  QM_ERROR_NOT_FOUND = 2,           /* unknown, empty or closed                                  */
+  QM_ERROR_NO_MEMORY = 12,          /* exhausted memory                                          */
+  QM_ERROR_DAMAGED = 14,            /* damaged or missing bookkeeping                            */
+  QM_ERROR_BUSY = 16,               /* another thread did not finish in time                     */
+  QM_ERROR_ARGUMENT = 22,           /* bad argument or unknown code                              */
+  QM_ERROR_RANGE = 34,              /* out of range                                              */
+  QM_ERROR_LOAD = 0x1000,           /* a library cannot be loaded                                */
+  QM_ERROR_VERSION_READ = 0x1002,   /* a version resource cannot be read                         */
+  QM_ERROR_SHORT_READ = 0x1002,     /* a file ended early; the same number for the same trouble */
   QM_ERROR_VERSION_FORMAT = 0x1004, /* a version resource lacks a table                          */
   QM_ERROR_MODULE_NOT_OPEN = 0x8000 /* a module that is not open                                 */
 };
@@ -288,7 +288,7 @@ enum { QM_FILE_NAME_NARROW = 1, QM_FILE_NAME_WIDE = 2 };
  * `data`. After a failure `data` is null and `size` 0 (before the file was opened), -1 (the file
  * cannot be opened or read) or the file's size (no memory for the block).
  * QM_CALL_WRITEFILE: replaces the file, making missing directories; a failed write leaves no file.
- * Names may hold %VARIABLES%; "/" is as good as "".
+ * Names may hold %VARIABLES%; "/" separates as well as "\".
  * Errors: 22 "(!filename)", "(!data)"; errno values with "(filename)", "(file)", "(file creation)",
  * "(file writing)", "(file closing)"; 0x1002 "(file)" for a short read; 12.                     */
 typedef struct qm_file {
@@ -410,7 +410,7 @@ typedef struct qm_version_info_w {
   qm_version_props* props; /* in/out  null or an earlier result, which is resized and reused     */
 } qm_version_info_w;
 
-/* QM_CALL_VERSIONINFOA. Names are cut at 259 bytes. */
+/* QM_CALL_VERSIONINFOA. Names are cut at 259 characters. */
 typedef struct qm_version_info_a {
   const char* file;        /* in                                                                 */
   qm_version_props* props; /* in/out                                                             */
@@ -454,8 +454,8 @@ enum {
 };
 
 /* The data record of an object reference: an object that lives in a module.
- * codes[0] takes a reference on the object, codes[1] gives it back; the kernel calls the module with
- * the code and the object's value in place of a record.                                         */
+ * codes[0] takes a reference on the object, codes[1] gives it back; the kernel calls the module
+ * with the code and the object's value in place of a record. */
 typedef struct qm_object_data {
   uint32_t value;
   const qm_wchar* module; /* copied; "" is the kernel itself                                     */
@@ -464,8 +464,8 @@ typedef struct qm_object_data {
 
 /* QM_CALL_VARIANTCREATE, -RECREATE, -ASSIGN, -ASSIGNVALUE and their -DIRECT twins.
  * `data` is given exactly when `nitems` is not 0. Create: `variant` is null after a failure.
- * Recreate: releases the given variant (if any), null after a failure. Assign: exchanges the value of
- * the given variant in place; on failure nothing changes.
+ * Recreate: releases the given variant (if any), null after a failure. Assign: exchanges the value
+ * of the given variant in place; on failure nothing changes.
  * Errors: 22 "(items)", "(type)", "(size)", "(size || nitems)", "(data)", "(cdata)", "(variant)";
  * 12.                                                                                           */
 typedef struct qm_variant_create {

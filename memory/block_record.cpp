@@ -33,8 +33,8 @@ std::span<std::byte> zone_behind(const BlockRecord& record) {
   return {record.data + record.capacity, static_cast<std::size_t>(record.guard)};
 }
 
-// Describes the new memory. The bytes between size and capacity belong to nobody and are cleared, so
-// that a dump of the block shows no leftovers.
+// Describes the new memory. The bytes between size and capacity belong to nobody and are cleared,
+// so that a dump of the block shows no leftovers.
 void settle(BlockRecord& record, std::byte* memory, std::int32_t size, std::int32_t guard) {
   record.guard = guard;
   record.data = memory + guard;

@@ -10,7 +10,8 @@
 
 namespace qmsd {
 
-// The underlying memory is a guard zone, the user area of `capacity` bytes, and a second guard zone.
+// The underlying memory is a guard zone, the user area of `capacity` bytes, and a second guard
+// zone.
 struct BlockRecord {
   static constexpr std::uint32_t kComplete = 0x5E4C2666;  // "f&L^" in memory
   static constexpr std::uint8_t kGuardByte = 0xA7;

@@ -42,7 +42,8 @@ bool tracked_create() {
 
 void tracked_destroy() {
   platform::HeapOwner<TrackedHeap> heap{g_heap.exchange(nullptr)};
-  // A thread killed at process exit may have left the list half changed: the system gets it as it is.
+  // A thread killed at process exit may have left the list half changed: the system gets it as it
+  // is.
   if (waiting_given_up()) static_cast<void>(heap.release());
 }
 
@@ -54,7 +55,9 @@ bool tracked_realloc(void** pointer, std::int32_t size, const char* file, std::i
 
 void tracked_release(void* block) {
   TrackedHeap* heap = tracked_heap();
-  if (heap != nullptr && block != nullptr) heap->discard(block);
+  // At process exit the list may be half changed; the system takes the block anyway.
+  if (heap == nullptr || block == nullptr || waiting_given_up()) return;
+  heap->discard(block);
 }
 
 qmString tracked_statistics() {

@@ -1,5 +1,5 @@
-// The tracked allocator: every buffer that crosses the boundary of the library. It knows its blocks,
-// so a pointer handed in is recognised before it is resized or released.
+// The tracked allocator: every buffer that crosses the boundary of the library. It knows its
+// blocks, so a pointer handed in is recognised before it is resized or released.
 #pragma once
 
 #include <cstddef>

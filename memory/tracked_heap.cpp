@@ -67,8 +67,8 @@ bool TrackedHeap::reallocate(void** pointer, std::int32_t size, const char* file
                              : change(pointer, size, file, line);
 }
 
-// A record that cannot be completed is left in its place on purpose: from then on the list counts as
-// damaged, which the check tells.
+// A record that cannot be completed is left in its place on purpose: from then on the list counts
+// as damaged, which the check tells.
 bool TrackedHeap::allocate(void** pointer, std::int32_t size, const char* file, std::int32_t line) {
   if (size == 0) return true;
   std::size_t index;

@@ -1,5 +1,5 @@
-// The operations of the tracked allocator on one list of blocks, each under the list's lock. Only for
-// memory/ and its tests; other rooms use tracked_allocator.h.
+// The operations of the tracked allocator on one list of blocks, each under the list's lock. Only
+// for memory/ and its tests; other rooms use tracked_allocator.h.
 #pragma once
 
 #include <cstdint>
@@ -47,7 +47,8 @@ class TrackedHeap {
   BlockList blocks_;
 };
 
-// The heap of this process; null before start-up, after shutdown, or when there was no memory for it.
+// The heap of this process; null before start-up, after shutdown, or when there was no memory for
+// it.
 TrackedHeap* tracked_heap() noexcept;
 
 }  // namespace qmsd

@@ -34,14 +34,14 @@ class OwnedLibrary {
   platform::Library library_;
 };
 
-// Raised around every unload, and for good by QM_CALL_CLOSE. Nothing depends on it; it tells whoever
-// looks into a process that clean-up is going on.
+// Raised around every unload, and for good by QM_CALL_CLOSE. Nothing depends on it; it tells
+// whoever looks into a process that clean-up is going on.
 void raise_closing_counter() noexcept;
 void lower_closing_counter() noexcept;
 
-// Looks for the library by the system's rules, then in the system directory's `qm` folder, and fills
-// in its full path. On failure records error 0x1000 with the name and the system's words for the
-// second attempt, and returns empty. Foreign code runs: no lock may be held.
+// Looks for the library by the system's rules, then in the system directory's `qm` folder, and
+// fills in its full path. On failure records error 0x1000 with the name and the system's words for
+// the second attempt, and returns empty. Foreign code runs: no lock may be held.
 OwnedLibrary load_module_library(const qm_wchar* name, qm_wchar (&path)[kModuleTextLength]);
 
 }  // namespace qmsd

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <utility>
 
 #include "kernel/base/lock_order.h"
 #include "kernel/errors/error_state.h"
@@ -66,7 +68,8 @@ class Listing {
 
   std::size_t used_paths() const { return static_cast<std::size_t>(record_.count); }
 
-  // The path of a file without a version stays behind the counted ones, where the next overwrites it.
+  // The path of a file without a version stays behind the counted ones, where the next overwrites
+  // it.
   void add(WideView name) {
     const std::size_t at = used_paths();
     std::uint32_t version;

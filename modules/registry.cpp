@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "kernel/base/semaphore.h"
 #include "kernel/errors/error_state.h"
 #include "modules/module_opening.h"
 #include "modules/module_record.h"
@@ -172,6 +173,8 @@ std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint
     if (found == ModuleTable::Found::ready) return call_loaded(*modules, use, call, mode);
     if (found == ModuleTable::Found::loading_here) return fail_busy(name);
     if (found == ModuleTable::Found::loading) {
+      // At process exit the loading thread is gone and will never finish.
+      if (waiting_given_up()) return fail_busy(name);
       wait.sleep();
       continue;
     }

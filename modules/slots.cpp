@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "kernel/base/rw_lock.h"
+#include "kernel/base/semaphore.h"
 #include "kernel/errors/error_state.h"
 #include "modules/slot_table.h"
 #include "platform/heap.h"
@@ -30,7 +31,11 @@ bool slots_create() {
   return slots() != nullptr;
 }
 
-void slots_destroy() { const platform::HeapOwner<Slots> gone(g_slots.exchange(nullptr)); }
+void slots_destroy() {
+  platform::HeapOwner<Slots> gone(g_slots.exchange(nullptr));
+  // A thread killed at process exit may have left the table half changed.
+  if (waiting_given_up()) static_cast<void>(gone.release());
+}
 
 bool slot_create(qm_slot* record) {
   if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));

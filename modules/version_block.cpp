@@ -15,7 +15,8 @@ constexpr std::size_t kTextEntry = 1;  // the type whose value length counts wor
 std::size_t aligned(std::size_t at) { return (at + 1) & ~std::size_t{1}; }
 std::size_t words_in(std::size_t bytes) { return (bytes + 1) / 2; }
 
-// An entry whose header and key lie in the block. Its end may lie beyond, in a block that is cut off.
+// An entry whose header and key lie in the block. Its end may lie beyond, in a block that is cut
+// off.
 struct Entry {
   std::size_t end;
   std::size_t type;

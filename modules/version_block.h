@@ -1,5 +1,5 @@
-// Reads the block of a version resource. Pure: knows no file, allocates nothing, records nothing, and
-// stays inside the block whatever it holds.
+// Reads the block of a version resource. Pure: knows no file, allocates nothing, records nothing,
+// and stays inside the block whatever it holds.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 namespace qmsd {
 
-// A block is a tree of entries made of 16-bit words, low byte first, which start at multiples of two
-// words. An entry is its length in bytes, the length of its value, its type, a terminated key, the
-// value, and entries below it.
+// A block is a tree of entries made of 16-bit words, low byte first, which start at multiples of
+// two words. An entry is its length in bytes, the length of its value, its type, a terminated key,
+// the value, and entries below it.
 using VersionBlock = WideView;
 
 // The packed version word of the fixed information; false when there is none with its signature.

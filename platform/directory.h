@@ -16,8 +16,8 @@ struct DirectoryEntry {
 
 // Walks the entries whose names match `pattern` ("*" and "?", and case, as the system takes them),
 // in the system's order. "." and ".." are no entries. The walk ends when `visit` returns false. A
-// directory that cannot be read, or whose name is too long for the system, has no entries. Any thread
-// may walk; no lock may be held.
+// directory that cannot be read, or whose name is too long for the system, has no entries. Any
+// thread may walk; no lock may be held.
 using VisitEntry = bool (*)(const DirectoryEntry& entry, void* context);
 void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitEntry visit,
                      void* context);

@@ -16,8 +16,8 @@ Variable read_variable(const char* name, qm_wchar* buffer, std::size_t length);
 Variable read_variable(const char* name, char* buffer, std::size_t size);
 
 // Replaces %NAME% by the variable's value; unknown names and single percent signs stay. Returns the
-// length that the whole result needs, terminator included, or 0 when it cannot be made. What does not
-// fit is not written; `buffer` may be null with a length of 0.
+// length that the whole result needs, terminator included, or 0 when it cannot be made. What does
+// not fit is not written; `buffer` may be null with a length of 0.
 std::size_t expand_variables(const qm_wchar* text, qm_wchar* buffer, std::size_t length);
 
 }  // namespace qmsd::platform

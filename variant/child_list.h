@@ -43,7 +43,8 @@ class ChildList {
   std::span<qm_variant* const> entries() const noexcept;
 
   // The position that the query selects; the count or more when there is no such child, so that the
-  // caller can tell "not there" from "behind the end". Records "(ix)" and fails for a negative index.
+  // caller can tell "not there" from "behind the end". Records "(ix)" and fails for a negative
+  // index.
   bool find(const ChildQuery& query, std::int32_t& position) const;
   // The same for looking up: a position without a child is error 2.
   bool find_child(const ChildQuery& query, std::int32_t& position) const;

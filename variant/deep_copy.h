@@ -7,8 +7,9 @@
 
 namespace qmsd {
 
-// Copies a variant with all its items and attributes, keeping shared what is shared, itself included.
-// Works through a list of what has been copied instead of by recursion, so depth costs nothing.
+// Copies a variant with all its items and attributes, keeping shared what is shared, itself
+// included. Works through a list of what has been copied instead of by recursion, so depth costs
+// nothing.
 class DeepCopy {
  public:
   DeepCopy() = default;

@@ -18,8 +18,8 @@ struct ConversionTarget {
   std::int32_t width;     // bytes wanted; the smaller of both counts
 };
 
-// Bytes written, for text characters with the terminator; 0 when there was nothing to write or read;
-// -1 with an error recorded.
+// Bytes written, for text characters with the terminator; 0 when there was nothing to write or
+// read; -1 with an error recorded.
 using ElementConverter = std::int32_t (*)(const ConversionTarget& target,
                                           const ConversionSource& source);
 

@@ -5,8 +5,8 @@
 
 namespace qmsd {
 
-// The variants' lock is held. The result carries no reference yet. Null with an error recorded, which
-// tells the position in the path.
+// The variants' lock is held. The result carries no reference yet. Null with an error recorded,
+// which tells the position in the path.
 qm_variant* find_by_path(qm_variant* root, const qm_wchar* path);
 
 // The function codes of paths.

@@ -1,7 +1,7 @@
 // Gives references back, and destroys what nobody holds any more: one variant after the other
 // instead of by recursion, and only at the end of the list's life. So a list declared before the
-// variants' lock is taken destroys after the lock has been left, which matters because destroying an
-// object reference calls the module that owns the object.
+// variants' lock is taken destroys after the lock has been left, which matters because destroying
+// an object reference calls the module that owns the object.
 #pragma once
 
 #include <cstdint>

@@ -59,14 +59,13 @@ std::uint32_t HandleList::next_value() {
 // When the counter wraps, the live records are numbered anew in their old order.
 bool HandleList::next_sequence() {
   if (++created_ != 0) return true;
+  --created_;
   GrowableArray<HandleRecord*, 32> by_age;
   for (HandleRecord* record : records_) {
-    if (!by_age.append(record)) {
-      --created_;
-      return false;
-    }
+    if (!by_age.append(record)) return false;
   }
   std::sort(by_age.begin(), by_age.end(), is_older);
+  created_ = 0;
   for (HandleRecord* record : by_age) record->sequence = created_++;
   return true;
 }

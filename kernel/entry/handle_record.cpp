@@ -9,8 +9,8 @@ namespace qmsd {
 void add_reference(HandleRecord& record) {
   const SemaphoreGuard guard(record.guard);
   ++record.references;
-  // The registry answers this notice by itself and touches nothing, which is what makes it fit to be
-  // given under the table's lock.
+  // The registry answers this notice by itself and touches nothing, which is what makes it fit to
+  // be given under the table's lock.
   if (record.kind == OwnerKind::module_instance) {
     registry_call(record.owner_name.get(), record.owner_handle, QM_CALL_REFHANDLE, nullptr,
                   UseMode::instance);

@@ -21,8 +21,8 @@ struct HandleRecord {
   const std::uint32_t handle;      // what callers hold
   std::uint32_t owner_handle = 0;  // what the owner calls the same object
   Semaphore guard{LockRank::handle_guard};
-  std::int32_t references = 1;  // guarded: calls count up under the table's read lock
-  std::uint32_t sequence;       // creation order, which is the order of closing at teardown
+  std::uint32_t references = 1;  // guarded: calls count up under the table's read lock
+  std::uint32_t sequence;        // creation order, which is the order of closing at teardown
 };
 
 // The owner as a call needs it after the table's lock is left: the record may die meanwhile.

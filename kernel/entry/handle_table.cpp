@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "kernel/base/rw_lock.h"
+#include "kernel/base/semaphore.h"
 #include "kernel/entry/handle_list.h"
 #include "kernel/entry/handle_record.h"
 #include "kernel/errors/error_state.h"
@@ -52,6 +53,28 @@ bool borrow(std::uint32_t handle, HandleOwner& owner, std::int32_t& live) {
   return true;
 }
 
+// A handle for the time of a call through it; given back even if an exception ends the call.
+class BorrowedHandle {
+ public:
+  explicit BorrowedHandle(std::uint32_t handle) : handle_(handle) {}
+  ~BorrowedHandle() {
+    if (is_held_) give_back();
+  }
+  BorrowedHandle(const BorrowedHandle&) = delete;
+  BorrowedHandle& operator=(const BorrowedHandle&) = delete;
+
+  // False, with an error, when others gave back more than they held.
+  bool give_back() {
+    is_held_ = false;
+    bool was_last;
+    return handle_drop(handle_, was_last);
+  }
+
+ private:
+  std::uint32_t handle_;
+  bool is_held_ = true;
+};
+
 HandleList::Owner take_oldest(HandleTable& handles) {
   const WriteGuard guard(handles.lock);
   return handles.list.remove_oldest();
@@ -81,10 +104,13 @@ void handles_destroy() {
     const ReadGuard guard(handles->lock);
     closes_left += handles->list.size();
   }
-  while (const HandleList::Owner oldest = take_oldest(*handles)) {
-    if (closes_left == 0) continue;
-    --closes_left;
-    close_owner(*oldest);
+  while (HandleList::Owner oldest = take_oldest(*handles)) {
+    if (closes_left != 0) {
+      --closes_left;
+      close_owner(*oldest);
+    }
+    // A thread killed at process exit may have left a record in the list twice.
+    if (waiting_given_up()) static_cast<void>(oldest.release());
   }
   g_handles.store(nullptr, std::memory_order_release);
 }
@@ -139,14 +165,14 @@ bool handle_call(std::uint32_t handle, std::uint32_t code, void* record) {
     return fail(QM_ERROR_ARGUMENT, QM_W("(Closed handle: %08x, cmd=%08x, nhs: %i)"), handle, code,
                 live);
   }
+  BorrowedHandle borrowed(handle);
   bool done = false;
   if (owner.kind == OwnerKind::module_instance) {
     done = registry_call(owner.name, owner.handle, code, record, UseMode::instance) != 0;
   } else {
     fail(QM_ERROR_ARGUMENT, QM_W("(handle->type?=%08x)"), owner.kind);
   }
-  bool was_last;
-  return handle_drop(handle, was_last) && done;
+  return borrowed.give_back() && done;
 }
 
 bool handle_resolve(qm_resolve_handle* record) {

@@ -2,6 +2,7 @@
 #include "kernel/entry/open_module.h"
 
 #include <cstdint>
+#include <utility>
 
 #include "kernel/base/trace.h"
 #include "kernel/entry/handle_table.h"
@@ -20,16 +21,13 @@ namespace {
 class LentRecord {
  public:
   explicit LentRecord(qm_open_module_w& record)
-      : record_(record), name_(record.name), group_(record.group) {
-    record_.name = copy(name_);
-    record_.group = copy(group_);
-    record_.handle = 0;
-  }
+      : LentRecord(record, copy(record.name), copy(record.group)) {}
   ~LentRecord() {
     platform::heap_free(const_cast<qm_wchar*>(record_.name));
     platform::heap_free(const_cast<qm_wchar*>(record_.group));
     record_.name = name_;
     record_.group = group_;
+    record_.handle = 0;  // what the module wrote is its own handle, not the caller's
   }
   LentRecord(const LentRecord&) = delete;
   LentRecord& operator=(const LentRecord&) = delete;
@@ -40,8 +38,14 @@ class LentRecord {
   const qm_wchar* asked_name() const { return name_; }
 
  private:
-  static const qm_wchar* copy(const qm_wchar* text) {
-    return text == nullptr ? nullptr : copy_text(text).release();
+  LentRecord(qm_open_module_w& record, OwnedText name, OwnedText group) noexcept
+      : record_(record), name_(record.name), group_(record.group) {
+    record_.name = name.release();
+    record_.group = group.release();
+    record_.handle = 0;
+  }
+  static OwnedText copy(const qm_wchar* text) {
+    return text == nullptr ? nullptr : copy_text(text);
   }
 
   qm_open_module_w& record_;
@@ -69,11 +73,28 @@ class IssuedHandle {
   std::uint32_t value_;
 };
 
-void close_instance(const qm_wchar* name, std::uint32_t owner_handle) {
-  const SavedError error;
-  qm_handle_ref closing{owner_handle};
-  registry_call(name, owner_handle, QM_CALL_CLOSEHANDLE, &closing, UseMode::instance);
-}
+// What the module opened, closed again unless a handle was bound to it.
+class OpenedInstance {
+ public:
+  explicit OpenedInstance(const qm_open_module_w& record) : record_(&record) {}
+  ~OpenedInstance() {
+    if (record_ == nullptr) return;
+    const SavedError error;
+    qm_handle_ref closing{record_->handle};
+    registry_call(record_->name, record_->handle, QM_CALL_CLOSEHANDLE, &closing, UseMode::instance);
+  }
+  OpenedInstance(const OpenedInstance&) = delete;
+  OpenedInstance& operator=(const OpenedInstance&) = delete;
+
+  bool bind_to(std::uint32_t handle) {
+    if (!handle_bind(handle, record_->name, record_->handle)) return false;
+    record_ = nullptr;
+    return true;
+  }
+
+ private:
+  const qm_open_module_w* record_;
+};
 
 // The handle of the opened and bound instance, or 0 with an error.
 std::uint32_t open_instance(qm_open_module_w& record) {
@@ -84,11 +105,8 @@ std::uint32_t open_instance(qm_open_module_w& record) {
   if (registry_call(lent.asked_name(), 0, QM_CALL_OPENMODULEW, &record, UseMode::instance) == 0) {
     return 0;
   }
-  if (!handle_bind(handle.value(), record.name, record.handle)) {
-    close_instance(record.name, record.handle);
-    return 0;
-  }
-  return handle.keep();
+  OpenedInstance instance(record);
+  return instance.bind_to(handle.value()) ? handle.keep() : 0;
 }
 
 }  // namespace
@@ -96,12 +114,14 @@ std::uint32_t open_instance(qm_open_module_w& record) {
 bool open_module_wide(qm_open_module_w* record) {
   const bool asked = record != nullptr && record->name != nullptr;
   if (!asked) fail(QM_ERROR_ARGUMENT, QM_W("(!ptr || !name)"));
+  if (record != nullptr) record->handle = 0;
   const std::uint32_t handle = asked ? open_instance(*record) : 0;
-  if (record != nullptr) record->handle = handle;
   if (handle == 0) {
     trace("--- qmapi_open_module error (name: %ls)", asked ? record->name : QM_W(""));
+    return false;
   }
-  return handle != 0;
+  record->handle = handle;
+  return true;
 }
 
 bool open_module_narrow(qm_open_module_a* record) {

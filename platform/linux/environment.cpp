@@ -1,5 +1,6 @@
 #include "platform/environment.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -53,6 +54,9 @@ class Expansion {
     if (length_ < room_) buffer_[length_] = unit;
     ++length_;
   }
+  void append(WideView text) {
+    for (const qm_wchar unit : text) append(unit);
+  }
   // False when memory is exhausted.
   bool append_value(const char* value) {
     const std::size_t room = std::strlen(value) + 1;
@@ -60,7 +64,7 @@ class Expansion {
         static_cast<qm_wchar*>(heap_allocate(room * sizeof(qm_wchar))));
     if (!wide) return false;
     widen_utf8(value, wide.get(), room);
-    for (const qm_wchar unit : WideView(wide.get())) append(unit);
+    append(WideView(wide.get()));
     return true;
   }
   std::size_t length() const { return length_; }
@@ -85,15 +89,22 @@ std::size_t expand_variables(const qm_wchar* text, qm_wchar* buffer, std::size_t
   Expansion result(buffer, length);
   WideView rest(text);
   while (!rest.empty()) {
-    const std::size_t end = rest[0] == u'%' ? rest.find(u'%', 1) : WideView::npos;
-    const char* value = end == WideView::npos ? nullptr : value_of(rest.substr(1, end - 1));
-    if (value == nullptr) {
-      result.append(rest[0]);
-      rest.remove_prefix(1);
-    } else {
-      if (!result.append_value(value)) return 0;
-      rest.remove_prefix(end + 1);
+    const std::size_t begin = std::min(rest.find(u'%'), rest.size());
+    result.append(rest.substr(0, begin));
+    rest.remove_prefix(begin);
+    const std::size_t end = rest.find(u'%', 1);
+    if (end == WideView::npos) {
+      result.append(rest);
+      break;
     }
+    // The second sign of an unknown name belongs to it and begins no other.
+    const char* value = value_of(rest.substr(1, end - 1));
+    if (value == nullptr) {
+      result.append(rest.substr(0, end + 1));
+    } else if (!result.append_value(value)) {
+      return 0;
+    }
+    rest.remove_prefix(end + 1);
   }
   result.append(0);
   return result.length();

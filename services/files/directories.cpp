@@ -22,10 +22,48 @@ bool query(const qm_wchar* path, platform::FileStatus& status) {
   return error == 0;
 }
 
-// The parent of a path, made if missing.
-bool make_parent(const qm_wchar* path, int mode) {
-  const OwnedText parent = parent_directory(path);
-  return parent && (make_directory(parent.get(), true, mode) || errno == EEXIST);
+bool create(const qm_wchar* path) {
+  errno = platform::create_directory(path);
+  return errno == 0;
+}
+
+// Null when there is none from `first` on.
+qm_wchar* last_backslash(qm_wchar* first, qm_wchar* end) {
+  while (end != first) {
+    if (*--end == '\\') return end;
+  }
+  return nullptr;
+}
+
+// Makes the directories above the path that are missing. A loop: names have more parts than the
+// stack has room for.
+bool make_parents(const qm_wchar* path) {
+  const OwnedText text = copy_text(path);
+  if (!text) {
+    errno = ENOMEM;
+    return false;
+  }
+  qm_wchar* const behind_root = text.get() + path_root_length(text.get());
+  qm_wchar* const whole = text.get() + WideView(text.get()).size();
+  qm_wchar* end = whole;
+
+  // Up: the text ends at one backslash after the other until it names a directory.
+  bool exists = false;
+  while (!exists) {
+    qm_wchar* const cut = last_backslash(behind_root, end);
+    if (cut == nullptr) break;
+    end = cut;
+    *end = 0;
+    exists = is_directory(text.get());
+    if (!exists && errno == ENOTDIR) return false;
+  }
+  // Down again: somebody else may be faster.
+  for (; end != whole; exists = false) {
+    if (!exists && !create(text.get()) && errno != EEXIST) return false;
+    *end = '\\';
+    end += WideView(end).size();
+  }
+  return true;
 }
 
 }  // namespace
@@ -40,7 +78,7 @@ bool is_regular_file(const qm_wchar* path) {
   return query(path, status) && answer(status.is_regular, status.is_owner_writable, EISDIR);
 }
 
-bool make_directory(const qm_wchar* path, bool recursive, int mode) {
+bool make_directory(const qm_wchar* path, bool recursive, int /*mode*/) {
   if (path == nullptr) {
     errno = EINVAL;
     return false;
@@ -51,10 +89,8 @@ bool make_directory(const qm_wchar* path, bool recursive, int mode) {
     return false;
   }
   if (errno == ENOTDIR) return false;
-  if (recursive && !make_parent(path, mode)) return false;
-  const int error = platform::create_directory(path);
-  errno = error;
-  return error == 0;
+  if (recursive && !make_parents(path)) return false;
+  return create(path);
 }
 
 }  // namespace qmsd

@@ -19,12 +19,13 @@ enum : std::uint32_t {
   kFindDenied = 0x800,  // read-only
 };
 
-// Full paths of the entries whose names match the pattern, ignoring case; "*.*" matches names without
-// a dot, too. `depth` limits the descent into directories (which must fit the flags themselves); below
-// 0 there is no limit. Paths longer than 279 characters are cut and not descended into.
+// Full paths of the entries whose names match the pattern, ignoring case; "*.*" matches names
+// without a dot, too. `depth` limits the descent into directories (which must fit the flags
+// themselves); below 0 there is no limit. Paths longer than 279 characters are cut and not
+// descended into.
 //
-// Returns the count, or -1 with errno. Each path and the array are heap blocks that the caller frees
-// with platform::heap_free; an abandoned search leaves a null array.
+// Returns the count, or -1 with errno. Each path and the array are heap blocks that the caller
+// frees with platform::heap_free; an abandoned search leaves a null array.
 std::int32_t find_files(const qm_wchar* directory, const qm_wchar* pattern, qm_wchar*** results,
                         std::int32_t depth, std::uint32_t flags);
 

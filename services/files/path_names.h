@@ -1,5 +1,5 @@
-// The rules of file names as text: roots, parents, normal form. Pure functions over backslash paths,
-// the same on every system; they ask nobody whether a file exists.
+// The rules of file names as text: roots, parents, normal form. Pure functions over backslash
+// paths, the same on every system; they ask nobody whether a file exists.
 #pragma once
 
 #include <cstddef>
@@ -8,14 +8,15 @@
 
 namespace qmsd {
 
-// The length of the path's root: "C:\", "\\server\share\", "\" or nothing. A UNC root that lacks its
-// share is the whole path. "\\?\" and "\\.\" in front belong to the root.
+// The length of the path's root: "C:\", "\\server\share\", "\" or nothing. A UNC root that lacks
+// its share is the whole path. "\\?\" and "\\.\" in front belong to the root.
 std::size_t path_root_length(WideView path);
 
 // The same as a position in a terminated path; null gives null.
 const qm_wchar* path_root_end(const qm_wchar* path);
 
-// The text before the last backslash, with that backslash if it ends the root; "." for a name alone.
+// The text before the last backslash, with that backslash if it ends the root; "." for a name
+// alone.
 WideView parent_of(WideView path);
 // A copy of it; null with errno 12 when memory is exhausted.
 OwnedText parent_directory(const qm_wchar* path);
@@ -25,8 +26,8 @@ OwnedText parent_directory(const qm_wchar* path);
 // runs of dots are cut to two.
 void normalise_path(qm_wchar* path);
 
-// Takes the name, expands its %VARIABLES% and normalises it. Null for null and on failure, with errno
-// 12 (memory) or 14 (the variables cannot be expanded).
+// Takes the name, expands its %VARIABLES% and normalises it. Null for null and on failure, with
+// errno 12 (memory) or 14 (the variables cannot be expanded).
 OwnedText expand_filename(OwnedText name);
 
 }  // namespace qmsd

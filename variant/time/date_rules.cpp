@@ -53,7 +53,8 @@ std::optional<int> read_known_year(Cursor& text) {
 
 std::optional<DateTime> date_of_day(std::int32_t days) {
   const CalendarDate date = date_from_days(days);
-  // The last week may lead into another year. So may the first, but one year more is in range there.
+  // The last week may lead into another year. So may the first, but one year more is in range
+  // there.
   if (date.year > DateTime::kLastYear) return std::nullopt;
   return DateTime::of(date.year, date.month, date.day);
 }

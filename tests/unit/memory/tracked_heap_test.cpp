@@ -200,8 +200,8 @@ TEST_F(TrackedHeapTest, LeavesAFreePlaceWhenTheRecordCannotBeAllocated) {
   EXPECT_EQ(pointer_at(heap, 0), block);
 }
 
-// A heap with a block, a half-built record behind it, and, as its place was taken before the list was
-// damaged, a block behind that.
+// A heap with a block, a half-built record behind it, and, as its place was taken before the list
+// was damaged, a block behind that.
 class HalfBuilt : public TrackedHeapTest {
  protected:
   HalfBuilt() {

@@ -1,5 +1,5 @@
-// Version blocks, sound and hostile. The reader sees each in memory of exactly its size, so that the
-// sanitizers see it leave.
+// Version blocks, sound and hostile. The reader sees each in memory of exactly its size, so that
+// the sanitizers see it leave.
 #include "modules/version_block.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,8 @@ using Texts = std::vector<std::pair<WideString, WideString>>;
 // clang-format off
 const Words kCompiled = {
     0x1B8, 0x34, 0, 'V', 'S', '_', 'V', 'E', 'R', 'S', 'I', 'O', 'N', '_', 'I', 'N', 'F', 'O', 0, 0,
-    0x4BD, 0xFEEF, 0, 1, 2, 1, 0x12C, 3, 2, 1, 0x12C, 3, 0x3F, 0, 0, 0, 4, 0, 2, 0, 0, 0, 0, 0, 0, 0,
+    0x4BD, 0xFEEF, 0, 1, 2, 1, 0x12C, 3, 2, 1, 0x12C, 3, 0x3F,
+    0,     0,      0, 4, 0, 2, 0,     0, 0, 0, 0,     0, 0,
     0x112, 0, 1, 'S', 't', 'r', 'i', 'n', 'g', 'F', 'i', 'l', 'e', 'I', 'n', 'f', 'o', 0,
     0xA0, 0, 1, '0', '4', '0', '9', '0', '4', 'b', '0', 0,
     0x3A, 13, 1, 'C', 'o', 'm', 'p', 'a', 'n', 'y', 'N', 'a', 'm', 'e', 0, 0,

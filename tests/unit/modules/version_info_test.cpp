@@ -30,7 +30,8 @@ class VersionInfo : public ModuleTest {
   static WideString file(const std::string& module) {
     return wide("./" + module) + platform::kLibraryExtension;
   }
-  // Overwrites the text in the file's version block, which is the only wide text of that kind there.
+  // Overwrites the text in the file's version block, which is the only wide text of that kind
+  // there.
   static void replace(const std::string& module, const std::string& text, const std::string& by,
                       std::ptrdiff_t offset = 0) {
     const std::string name = narrow(file(module));
