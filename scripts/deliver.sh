@@ -26,7 +26,8 @@ run_package() {
   ensure_packages "${BUILD_PACKAGES[@]}" "${WINDOWS_PACKAGES[@]}"
   for preset in windows-x86 linux; do
     say "Packing $preset"
-    build_preset "$preset" -DQMSD_TESTS=OFF
+    # What is delivered looks for the family's modules where systems keep libraries.
+    build_preset "$preset" -DQMSD_TESTS=OFF -DQMSD_SYSTEM_DIRECTORY=/usr/lib
     (cd "build/$preset" && cpack)
   done
   ls -l build/packages/*.{zip,tar.gz}

@@ -11,7 +11,7 @@ readonly FORMAT_PACKAGES=(clang-format-14)
 readonly LAYER_PACKAGES=(python3)
 readonly LINT_PACKAGES=(clang-tidy-14 shellcheck)
 readonly FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev)
-readonly BENCH_PACKAGES=(libbenchmark-dev)
+readonly BENCH_PACKAGES=(libbenchmark-dev libglib2.0-dev nlohmann-json3-dev)
 readonly COVERAGE_PACKAGES=(gcovr)
 
 is_installed() {
