@@ -2,6 +2,7 @@
 #include "modules/module_table.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "platform/clock.h"
@@ -69,7 +70,7 @@ ModuleTable::Added ModuleTable::add(ModuleOwner& record) {
   record->id = next_id_;
   if (!insert(*record)) return Added::no_memory;
   ++next_id_;
-  static_cast<void>(record.release());
+  std::ignore = record.release();
   return Added::added;
 }
 
@@ -98,7 +99,12 @@ ModuleOwner ModuleTable::remove(const ModuleRecord& record) {
 
 ModuleOwner ModuleTable::remove_last() {
   const WriteGuard guard(lock_);
-  return records_.empty() ? nullptr : remove_at(records_.size() - 1);
+  return guard.held() && !records_.empty() ? remove_at(records_.size() - 1) : nullptr;
+}
+
+bool ModuleTable::is_whole() {
+  const WriteGuard guard(lock_);
+  return guard.held();
 }
 
 bool ModuleTable::resolve(const qm_wchar* name, void*& library, qm_call_fn& entry) {

@@ -40,8 +40,11 @@ class ModuleTable {
   void mark_ready(ModuleRecord& record);
 
   [[nodiscard]] ModuleOwner remove(const ModuleRecord& record);
-  // The last record in the order of unloading; null when there is none.
+  // The last record in the order of unloading; null when there is none, or the table may be torn.
   [[nodiscard]] ModuleOwner remove_last();
+  // Waits for whoever is inside. False when that was given up: killed at process exit, a thread may
+  // have left a change half done, and nothing may follow the table's pointers any more.
+  bool is_whole();
 
   // Library and call entry of a ready module.
   bool resolve(const qm_wchar* name, void*& library, qm_call_fn& entry);

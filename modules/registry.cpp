@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 #include "kernel/base/semaphore.h"
@@ -150,13 +151,14 @@ bool registry_create() {
 }
 
 void registry_destroy() {
-  const platform::HeapOwner<ModuleTable> modules(table());
+  platform::HeapOwner<ModuleTable> modules(table());
   if (!modules) return;
   for (int closed = 0; closed < kMostCloses; ++closed) {
     const ModuleOwner last = modules->remove_last();
     if (!last) break;
   }
   g_modules.store(nullptr, std::memory_order_release);
+  if (!modules->is_whole()) std::ignore = modules.release();
 }
 
 std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint32_t code,

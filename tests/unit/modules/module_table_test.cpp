@@ -1,6 +1,13 @@
 // The table of module records on its own; no library is loaded.
 #include "modules/module_table.h"
 
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include "kernel/base/semaphore.h"
+#include "platform/clock.h"
 #include "services/text/text.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/unit/modules/module_test.h"
@@ -166,6 +173,37 @@ TEST_F(Table, FailedEntryLeavesTheTableAlone) {
   EXPECT_EQ(table.add(record), ModuleTable::Added::added);
   EXPECT_EQ(take(QM_W("a")), ModuleTable::Found::loading);
 }
+
+thread_local bool t_never_returns = false;
+std::atomic<bool> g_inside{false};
+
+bool stay_inside(std::size_t) {
+  if (!t_never_returns) return true;
+  g_inside = true;
+  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
+
+// As if the thread had been killed while it entered a record.
+bool leaves_a_torn_table_alone() {
+  static ModuleTable table;
+  platform::set_allocation_gate(stay_inside);
+  std::thread([] {
+    ModuleOwner record =
+        platform::heap_new<ModuleRecord>(copy_text(QM_W("a")), platform::current_thread_id());
+    t_never_returns = true;
+    table.add(record);
+  }).detach();
+  while (!g_inside) std::this_thread::yield();
+  give_up_waiting();
+  return table.remove_last() == nullptr && !table.is_whole();
+}
+
+TEST(TornTable, IsLeftAlone) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::_Exit(leaves_a_torn_table_alone() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Table, IsWholeUnlessItsLockIsLost) { EXPECT_TRUE(table.is_whole()); }
 
 }  // namespace
 }  // namespace qmsd
