@@ -19,8 +19,8 @@ bool registry_create();
 void registry_destroy();  // closes every module still open, whatever its uses
 
 // Calls the module by name, loading it if needed; returns the module's result, or 0 with an error.
-// For QM_CALL_OPENMODULEW the record's two texts are kernel heap copies owned by the caller
-// (OpenTexts), which an alias may replace. Holds no lock while it is in the module.
+// For QM_CALL_OPENMODULEW the record's two texts are kernel heap copies owned by the caller, which
+// an alias may replace; `name` is not looked at after that. Holds no lock while it is in the module.
 std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint32_t code,
                            void* record, UseMode mode);
 
