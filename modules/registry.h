@@ -20,7 +20,7 @@ void registry_destroy();  // closes every module still open, whatever its uses
 
 // Calls the module by name, loading it if needed; returns the module's result, or 0 with an error.
 // For QM_CALL_OPENMODULEW the record's two texts are kernel heap copies owned by the caller, which
-// an alias may replace; `name` is not looked at after that. Holds no lock while it is in the module.
+// an alias may replace; `name` is not looked at after that. The module runs without any lock held.
 std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint32_t code,
                            void* record, UseMode mode);
 
