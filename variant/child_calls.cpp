@@ -101,8 +101,9 @@ bool count_named(qm_variant_child* record, Which which) {
   const VariantsReadGuard guard;
   const auto list = list_of(record->holder, which);
   if (!list) return false;
-  const ChildQuery query((record->flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM, 0, record->index,
-                         record->name);
+  qm_variant_child by_name = *record;
+  by_name.flags = (record->flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM;
+  const ChildQuery query(by_name);
   std::int32_t first;
   if (!list->find(query, first)) return false;
   std::int32_t matches = 0;
