@@ -154,6 +154,104 @@ FIELD(qm_version_info_a, props, 1, 8);
 RECORD(qm_module_version, 1, 8);
 FIELD(qm_module_version, props, 0, 0);
 
+RECORD(qm_object_data, 6, 32);
+FIELD(qm_object_data, value, 0, 0);
+FIELD(qm_object_data, module, 1, 8);
+FIELD(qm_object_data, codes, 2, 16);
+
+RECORD(qm_variant_create, 7, 48);
+FIELD(qm_variant_create, variant, 0, 0);
+FIELD(qm_variant_create, id, 1, 8);
+FIELD(qm_variant_create, name, 2, 16);
+FIELD(qm_variant_create, type, 3, 24);
+FIELD(qm_variant_create, size, 4, 28);
+FIELD(qm_variant_create, nitems, 5, 32);
+FIELD(qm_variant_create, data, 6, 40);
+
+RECORD(qm_variant_copy, 2, 16);
+FIELD(qm_variant_copy, source, 0, 0);
+FIELD(qm_variant_copy, copy, 1, 8);
+
+RECORD(qm_variant_info, 6, 32);
+FIELD(qm_variant_info, variant, 0, 0);
+FIELD(qm_variant_info, id, 1, 8);
+FIELD(qm_variant_info, type, 2, 12);
+FIELD(qm_variant_info, size, 3, 16);
+FIELD(qm_variant_info, nitems, 4, 20);
+FIELD(qm_variant_info, nattributes, 5, 24);
+
+RECORD(qm_variant_info_name, 8, 48);
+FIELD(qm_variant_info_name, variant, 0, 0);
+FIELD(qm_variant_info_name, id, 1, 8);
+FIELD(qm_variant_info_name, name, 2, 16);
+FIELD(qm_variant_info_name, length, 3, 24);
+FIELD(qm_variant_info_name, type, 4, 28);
+FIELD(qm_variant_info_name, size, 5, 32);
+FIELD(qm_variant_info_name, nitems, 6, 36);
+FIELD(qm_variant_info_name, nattributes, 7, 40);
+
+RECORD(qm_variant_child, 6, 40);
+FIELD(qm_variant_child, holder, 0, 0);
+FIELD(qm_variant_child, flags, 1, 8);
+FIELD(qm_variant_child, id, 2, 12);
+FIELD(qm_variant_child, index, 3, 16);
+FIELD(qm_variant_child, name, 4, 24);
+FIELD(qm_variant_child, child, 5, 32);
+
+RECORD(qm_variant_attribute_position, 4, 24);
+FIELD(qm_variant_attribute_position, holder, 0, 0);
+FIELD(qm_variant_attribute_position, attribute, 1, 8);
+FIELD(qm_variant_attribute_position, id, 2, 16);
+FIELD(qm_variant_attribute_position, index, 3, 20);
+
+RECORD(qm_variant_convert, 7, 40);
+FIELD(qm_variant_convert, source, 0, 0);
+FIELD(qm_variant_convert, id, 1, 8);
+FIELD(qm_variant_convert, type, 2, 12);
+FIELD(qm_variant_convert, size, 3, 16);
+FIELD(qm_variant_convert, count, 4, 20);
+FIELD(qm_variant_convert, target, 5, 24);
+FIELD(qm_variant_convert, capacity, 6, 32);
+
+RECORD(qm_variant_array, 7, 40);
+FIELD(qm_variant_array, variant, 0, 0);
+FIELD(qm_variant_array, width, 1, 8);
+FIELD(qm_variant_array, type, 2, 12);
+FIELD(qm_variant_array, first, 3, 16);
+FIELD(qm_variant_array, count, 4, 20);
+FIELD(qm_variant_array, buffer, 5, 24);
+FIELD(qm_variant_array, capacity, 6, 32);
+
+RECORD(qm_variant_path_w, 3, 24);
+FIELD(qm_variant_path_w, root, 0, 0);
+FIELD(qm_variant_path_w, path, 1, 8);
+FIELD(qm_variant_path_w, result, 2, 16);
+
+RECORD(qm_variant_path_a, 3, 24);
+FIELD(qm_variant_path_a, root, 0, 0);
+FIELD(qm_variant_path_a, path, 1, 8);
+FIELD(qm_variant_path_a, result, 2, 16);
+
+RECORD(qm_variant_path_value_w, 8, 48);
+FIELD(qm_variant_path_value_w, root, 0, 0);
+FIELD(qm_variant_path_value_w, path, 1, 8);
+FIELD(qm_variant_path_value_w, id, 2, 16);
+FIELD(qm_variant_path_value_w, type, 3, 20);
+FIELD(qm_variant_path_value_w, size, 4, 24);
+FIELD(qm_variant_path_value_w, count, 5, 28);
+FIELD(qm_variant_path_value_w, target, 6, 32);
+FIELD(qm_variant_path_value_w, capacity, 7, 40);
+
+RECORD(qm_variant_path_value_a, 8, 48);
+FIELD(qm_variant_path_value_a, root, 0, 0);
+FIELD(qm_variant_path_value_a, path, 1, 8);
+FIELD(qm_variant_path_value_a, id, 2, 16);
+FIELD(qm_variant_path_value_a, type, 3, 20);
+FIELD(qm_variant_path_value_a, size, 4, 24);
+FIELD(qm_variant_path_value_a, count, 5, 28);
+FIELD(qm_variant_path_value_a, target, 6, 32);
+FIELD(qm_variant_path_value_a, capacity, 7, 40);
+
 RECORD(qm_property_text, 3, 24);
 FIELD(qm_property_text, path, 0, 0);
 FIELD(qm_property_text, text, 1, 8);
