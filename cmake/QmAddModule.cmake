@@ -1,12 +1,13 @@
-# qm_add_module(TARGET SOURCES file... VERSION a.b.c.d DESCRIPTION "text" [COMPANY "text"]
-#               [EXPORTS name...] [LINK library...])
-# qm_add_module(TARGET SOURCES file... NO_VERSION [EXPORTS name...] [LINK library...])
+# qm_add_module(TARGET [NAME name] SOURCES file... VERSION a.b.c.d DESCRIPTION "text"
+#               [COMPANY "text"] [EXPORTS name...] [LINK library...])
+# qm_add_module(TARGET [NAME name] SOURCES file... NO_VERSION [EXPORTS name...] [LINK library...])
 #
-# Builds a module library, TARGET.dll or TARGET.so, that finds <qmsd7.h>:
+# Builds a module library, NAME.dll or NAME.so, that finds <qmsd7.h>:
 #
 #   qm_add_module(qmclock SOURCES clock.cpp VERSION 1.0.0.0 DESCRIPTION "Wall clock"
 #     EXPORTS qm_call qmmoduleinfo)
 #
+# NAME is what the kernel opens the module by, unless told otherwise the name of the target.
 # EXPORTS is the list of what the library shows; the sources mark these names QM_EXPORT. Without it
 # the library shows what its sources mark for export. Names are undecorated either way.
 # The version, two bytes for each part, is what the module listing and file properties show. Windows
@@ -19,24 +20,30 @@ endif()
 
 function(qm_add_module target)
   cmake_parse_arguments(PARSE_ARGV 1 QM
-    "NO_VERSION" "VERSION;DESCRIPTION;COMPANY" "SOURCES;EXPORTS;LINK")
+    "NO_VERSION" "NAME;VERSION;DESCRIPTION;COMPANY" "SOURCES;EXPORTS;LINK")
   if(QM_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "qm_add_module(${target}): unknown ${QM_UNPARSED_ARGUMENTS}")
   endif()
+  if(NOT QM_NAME)
+    set(QM_NAME ${target})
+  endif()
   add_library(${target} MODULE ${QM_SOURCES})
-  set_target_properties(${target} PROPERTIES PREFIX ""
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME "${QM_NAME}"
     C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_include_directories(${target} PRIVATE "${QM_INCLUDE_DIR}")
   target_link_libraries(${target} PRIVATE ${QM_LINK})
   if(WIN32)
     target_link_options(${target} PRIVATE
       -static -Wl,--kill-at -Wl,--exclude-all-symbols -Wl,--no-insert-timestamp)
+  else()
+    # The module's own qm_call is meant by that name, not one that the host loaded before.
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic)
   endif()
   if(QM_EXPORTS)
     _qm_export(${target} ${QM_EXPORTS})
   endif()
   if(NOT QM_NO_VERSION)
-    _qm_add_version(${target} "${QM_VERSION}" "${QM_DESCRIPTION}" "${QM_COMPANY}")
+    _qm_add_version(${target} "${QM_NAME}" "${QM_VERSION}" "${QM_DESCRIPTION}" "${QM_COMPANY}")
   endif()
 endfunction()
 
@@ -64,7 +71,7 @@ function(_qm_export target)
 endfunction()
 
 # Compiles the version block into the library.
-function(_qm_add_version target version description company)
+function(_qm_add_version target name version description company)
   if(NOT version MATCHES "^([0-9]+)\\.([0-9]+)\\.([0-9]+)\\.([0-9]+)$")
     message(FATAL_ERROR "qm_add_module(${target}): VERSION ${version} is not a.b.c.d")
   endif()
@@ -77,8 +84,8 @@ function(_qm_add_version target version description company)
   set(QM_VERSION_TEXTS "")
   foreach(text IN ITEMS
       "CompanyName=${company}" "FileDescription=${description}" "FileVersion=${version}"
-      "InternalName=${target}" "OriginalFilename=${target}${CMAKE_SHARED_MODULE_SUFFIX}"
-      "ProductName=${target}" "ProductVersion=${version}")
+      "InternalName=${name}" "OriginalFilename=${name}${CMAKE_SHARED_MODULE_SUFFIX}"
+      "ProductName=${name}" "ProductVersion=${version}")
     string(REGEX MATCH "^([A-Za-z]+)=(.*)$" matched "${text}")
     set(key "${CMAKE_MATCH_1}")
     string(REPLACE "\\" "\\\\" value "${CMAKE_MATCH_2}")
