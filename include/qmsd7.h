@@ -108,46 +108,46 @@ enum {
   QM_CALL_SETKERNELENTRY = 0x1003FFFF,    /* qm_kernel_entry      kernel to module, after loading */
 
   /* Variants: reference-counted typed values. */
-  QM_CALL_VARIANTREF = 0x10040000,               /* adds a reference                             */
-  QM_CALL_VARIANTRELEASE = 0x10040001,           /* drops a reference                            */
-  QM_CALL_VARIANTCREATE = 0x10040003,            /* creates a variant                            */
-  QM_CALL_VARIANTCOPY = 0x10040004,              /* deep copy                                    */
-  QM_CALL_VARIANTRECREATE = 0x10040005,          /* releases and creates anew                    */
-  QM_CALL_VARIANTASSIGN = 0x10040006,            /* new value, id and name in place              */
-  QM_CALL_VARIANTINFO = 0x10040007,              /* id, type, sizes, counts                      */
-  QM_CALL_VARIANTCONVERT = 0x10040008,           /* reads the value as another type              */
-  QM_CALL_VARIANTGETITEM = 0x10040009,           /* finds an item, adds a reference              */
-  QM_CALL_VARIANTTAKEITEM = 0x1004000A,          /* removes an item, hands it over               */
-  QM_CALL_VARIANTITEMPOSITION = 0x1004000B,      /* position of an item                          */
-  QM_CALL_VARIANTINSERTITEM = 0x1004000C,        /* inserts an item                              */
-  QM_CALL_VARIANTDELETEITEM = 0x1004000D,        /* removes and releases an item                 */
-  QM_CALL_VARIANTGETATTRIBUTE = 0x1004000E,      /* finds an attribute, adds a reference         */
-  QM_CALL_VARIANTTAKEATTRIBUTE = 0x1004000F,     /* removes an attribute, hands it over          */
-  QM_CALL_VARIANTATTRIBUTEPOSITION = 0x10040010, /* position of an attribute                     */
-  QM_CALL_VARIANTINSERTATTRIBUTE = 0x10040011,   /* inserts an attribute                         */
-  QM_CALL_VARIANTDELETEATTRIBUTE = 0x10040012,   /* removes and releases an attribute            */
-  QM_CALL_VARIANTREADARRAY = 0x10040013,         /* array elements to a typed buffer             */
-  QM_CALL_VARIANTREADARRAYSHARED = 0x10040014,   /* twin of VARIANTREADARRAY                     */
-  QM_CALL_VARIANTWRITEARRAY = 0x10040016,        /* typed buffer to array elements               */
-  QM_CALL_VARIANTWRITEARRAYSHARED = 0x10040017,  /* twin of VARIANTWRITEARRAY                    */
-  QM_CALL_VARIANTPATHW = 0x10040018,             /* finds a variant by path                      */
-  QM_CALL_VARIANTPATHA = 0x10040019,
-  QM_CALL_VARIANTPATHVALUEW = 0x1004001A, /* reads the value at a path                           */
-  QM_CALL_VARIANTPATHVALUEA = 0x1004001B,
-  QM_CALL_VARIANTRECREATEDIRECT = 0x1004001D,       /* twins working on the caller's record    */
-  QM_CALL_VARIANTCREATEDIRECT = 0x1004001E,         /*                                         */
-  QM_CALL_VARIANTASSIGNDIRECT = 0x1004001F,         /*                                         */
-  QM_CALL_VARIANTASSIGNVALUE = 0x10040020,          /* new value; id and name stay             */
-  QM_CALL_VARIANTASSIGNVALUEDIRECT = 0x10040021,    /*                                         */
-  QM_CALL_VARIANTINFONAME = 0x10040022,             /* VARIANTINFO and the name                */
-  QM_CALL_VARIANTGETITEMDIRECT = 0x10040023,        /*                                         */
-  QM_CALL_VARIANTTAKEITEMDIRECT = 0x10040024,       /*                                         */
-  QM_CALL_VARIANTCOUNTITEMS = 0x10040025,           /* items with a name                       */
-  QM_CALL_VARIANTINSERTITEMDIRECT = 0x10040026,     /*                                         */
-  QM_CALL_VARIANTGETATTRIBUTEDIRECT = 0x10040027,   /*                                         */
-  QM_CALL_VARIANTFINDATTRIBUTE = 0x10040028,        /* position and id, no reference           */
-  QM_CALL_VARIANTCOUNTATTRIBUTES = 0x10040029,      /* attributes with a name                  */
-  QM_CALL_VARIANTINSERTATTRIBUTEDIRECT = 0x1004002A /*                                         */
+  QM_CALL_VARIANTREF = 0x10040000,                /* the variant        adds a reference */
+  QM_CALL_VARIANTRELEASE = 0x10040001,            /* the variant        drops a reference */
+  QM_CALL_VARIANTCREATE = 0x10040003,             /* qm_variant_create */
+  QM_CALL_VARIANTCOPY = 0x10040004,               /* qm_variant_copy    deep copy */
+  QM_CALL_VARIANTRECREATE = 0x10040005,           /* qm_variant_create  releases, creates anew */
+  QM_CALL_VARIANTASSIGN = 0x10040006,             /* qm_variant_create  value, id, name in place */
+  QM_CALL_VARIANTINFO = 0x10040007,               /* qm_variant_info */
+  QM_CALL_VARIANTCONVERT = 0x10040008,            /* qm_variant_convert reads as another type */
+  QM_CALL_VARIANTGETITEM = 0x10040009,            /* qm_variant_child   adds a reference */
+  QM_CALL_VARIANTTAKEITEM = 0x1004000A,           /* qm_variant_child   removes, hands over */
+  QM_CALL_VARIANTITEMPOSITION = 0x1004000B,       /* qm_variant_child   finds `child` */
+  QM_CALL_VARIANTINSERTITEM = 0x1004000C,         /* qm_variant_child */
+  QM_CALL_VARIANTDELETEITEM = 0x1004000D,         /* qm_variant_child   removes and releases */
+  QM_CALL_VARIANTGETATTRIBUTE = 0x1004000E,       /* qm_variant_child   adds a reference */
+  QM_CALL_VARIANTTAKEATTRIBUTE = 0x1004000F,      /* qm_variant_child   removes, hands over */
+  QM_CALL_VARIANTATTRIBUTEPOSITION = 0x10040010,  /* qm_variant_attribute_position */
+  QM_CALL_VARIANTINSERTATTRIBUTE = 0x10040011,    /* qm_variant_child */
+  QM_CALL_VARIANTDELETEATTRIBUTE = 0x10040012,    /* qm_variant_child   removes and releases */
+  QM_CALL_VARIANTREADARRAY = 0x10040013,          /* qm_variant_array   elements to a buffer */
+  QM_CALL_VARIANTREADARRAYSHARED = 0x10040014,    /* qm_variant_array   the same */
+  QM_CALL_VARIANTWRITEARRAY = 0x10040016,         /* qm_variant_array   a buffer to elements */
+  QM_CALL_VARIANTWRITEARRAYSHARED = 0x10040017,   /* qm_variant_array   the same */
+  QM_CALL_VARIANTPATHW = 0x10040018,              /* qm_variant_path_w */
+  QM_CALL_VARIANTPATHA = 0x10040019,              /* qm_variant_path_a */
+  QM_CALL_VARIANTPATHVALUEW = 0x1004001A,         /* qm_variant_path_value_w */
+  QM_CALL_VARIANTPATHVALUEA = 0x1004001B,         /* qm_variant_path_value_a */
+  QM_CALL_VARIANTRECREATEDIRECT = 0x1004001D,     /* same as VARIANTRECREATE */
+  QM_CALL_VARIANTCREATEDIRECT = 0x1004001E,       /* same as VARIANTCREATE */
+  QM_CALL_VARIANTASSIGNDIRECT = 0x1004001F,       /* same as VARIANTASSIGN */
+  QM_CALL_VARIANTASSIGNVALUE = 0x10040020,        /* qm_variant_create  keeps id and name */
+  QM_CALL_VARIANTASSIGNVALUEDIRECT = 0x10040021,  /* the same */
+  QM_CALL_VARIANTINFONAME = 0x10040022,           /* qm_variant_info_name */
+  QM_CALL_VARIANTGETITEMDIRECT = 0x10040023,      /* same as VARIANTGETITEM */
+  QM_CALL_VARIANTTAKEITEMDIRECT = 0x10040024,     /* same as VARIANTTAKEITEM */
+  QM_CALL_VARIANTCOUNTITEMS = 0x10040025,         /* qm_variant_child   by name */
+  QM_CALL_VARIANTINSERTITEMDIRECT = 0x10040026,   /* same as VARIANTINSERTITEM */
+  QM_CALL_VARIANTGETATTRIBUTEDIRECT = 0x10040027, /* same as VARIANTGETATTRIBUTE */
+  QM_CALL_VARIANTFINDATTRIBUTE = 0x10040028,      /* qm_variant_child   adds no reference */
+  QM_CALL_VARIANTCOUNTATTRIBUTES = 0x10040029,    /* qm_variant_child   by name */
+  QM_CALL_VARIANTINSERTATTRIBUTEDIRECT = 0x1004002A /* same as VARIANTINSERTATTRIBUTE */
 };
 
 /* ---- Handles ---------------------------------------------------------------------------------
@@ -518,14 +518,18 @@ enum {
 };
 
 /* Selecting, inserting and removing items and attributes.
- * Errors: 22 "(parent)", "(type)" no container, "(item)", "(ix)"; 2 no such child; 12.          */
+ * QM_CALL_VARIANTITEMPOSITION looks for the address in `child`. QM_CALL_VARIANTFINDATTRIBUTE tells
+ * id and position and leaves `child` null. QM_CALL_VARIANTCOUNTITEMS and -COUNTATTRIBUTES look at
+ * the name alone: `id` becomes the number of children with it, `index` the position of the first of
+ * them from the given index on, or -1; `child` becomes null.
+ * Errors: 22 "(parent)", "(type)" no container, "(item)", "(ix)"; 2 no such child; 12. */
 typedef struct qm_variant_child {
   qm_variant* holder;   /* in                                                                    */
   uint32_t flags;       /* in      QM_FIND_ values                                               */
   int32_t id;           /* in/out  the wanted id; the child's id                                 */
   int32_t index;        /* in/out  the wanted index; the child's position                        */
   const qm_wchar* name; /* in      the wanted name; null: unnamed children                       */
-  qm_variant* child;    /* in for insertion, otherwise out                                       */
+  qm_variant* child;    /* in for insertion and position, otherwise out */
 } qm_variant_child;
 
 /* QM_CALL_VARIANTATTRIBUTEPOSITION. Errors: 22 "(parent)", "(item)"; 2 not an attribute of it. */

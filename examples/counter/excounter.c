@@ -22,7 +22,7 @@ static int32_t fail(int32_t code, const qm_wchar* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   qm_set_error_w record = {QM_SET_ERROR_REPLACE, code, format, (void*)arguments};
-  kernel(0, QM_CALL_SETERRORW, &record);
+  if (kernel != NULL) kernel(0, QM_CALL_SETERRORW, &record);
   va_end(arguments);
   return 0;
 }

@@ -16,7 +16,8 @@ using Text = std::basic_string<qm_wchar>;
 std::atomic<qm_call_fn> kernel;
 
 int32_t call_kernel(uint32_t handle, uint32_t function, void* record) {
-  return kernel.load()(handle, function, record);
+  const qm_call_fn entry = kernel;
+  return entry != nullptr ? entry(handle, function, record) : 0;
 }
 
 // Records an error for the calling thread; the kernel puts the code's own text before ours.

@@ -235,6 +235,14 @@ TEST_F(PropertySave, WithoutChangesTheFileIsLeftAlone) {
   EXPECT_EQ(content_of(file()), kTree);
 }
 
+TEST_F(PropertySave, WhatWasRefusedIsNoChange) {
+  start(kTree);
+  EXPECT_FALSE(write(QM_W("/a/b"), QM_W("a node")));
+  EXPECT_FALSE(remove(QM_W("/missing")));
+  EXPECT_TRUE(save());
+  EXPECT_EQ(content_of(file()), kTree) << "the comment is still there";
+}
+
 TEST_F(PropertySave, RemovalIsAChange) {
   start(kTree);
   ASSERT_TRUE(remove(QM_W("/plain")));

@@ -61,15 +61,17 @@ Result Store::list(std::string_view path, std::string& names) {
 
 Result Store::write(std::string_view path, std::string_view value) {
   return with_content<std::unique_lock>([&](Content& content) {
-    ++content.changes;
-    return content.tree.write(path, value);
+    Result result = content.tree.write(path, value);
+    if (result) ++content.changes;
+    return result;
   });
 }
 
 Result Store::remove(std::string_view path) {
   return with_content<std::unique_lock>([&](Content& content) {
-    ++content.changes;
-    return content.tree.remove(path);
+    Result result = content.tree.remove(path);
+    if (result) ++content.changes;
+    return result;
   });
 }
 
