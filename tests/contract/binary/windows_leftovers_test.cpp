@@ -1,0 +1,73 @@
+// What is left in the process by libraries that come and go: nothing. Thread slots count most, for
+// a process has but a thousand or so.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <vector>
+
+#include "include/qmsd7.h"
+
+namespace binary {
+namespace {
+
+int free_thread_slots() {
+  std::vector<DWORD> taken;
+  for (DWORD slot = ::TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = ::TlsAlloc()) {
+    taken.push_back(slot);
+  }
+  for (const DWORD slot : taken) ::TlsFree(slot);
+  return static_cast<int>(taken.size());
+}
+
+std::size_t memory_in_use() {
+  std::size_t bytes = 0;
+  HANDLE heaps[64];
+  const DWORD found = ::GetProcessHeaps(64, heaps);
+  for (DWORD i = 0; i < found && i < 64; ++i) {
+    PROCESS_HEAP_ENTRY entry{};
+    ::HeapLock(heaps[i]);
+    while (::HeapWalk(heaps[i], &entry)) {
+      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
+    }
+    ::HeapUnlock(heaps[i]);
+  }
+  return bytes;
+}
+
+// Loads and frees the library this many times, with a call in between.
+void load_and_free(const char* file, int times) {
+  for (int i = 0; i < times; ++i) {
+    const HMODULE library = ::LoadLibraryA(file);
+    ASSERT_NE(library, nullptr) << "round " << i << ", error " << ::GetLastError();
+    const auto found = reinterpret_cast<void (*)()>(::GetProcAddress(library, "qm_call"));
+    const auto call = reinterpret_cast<qm_call_fn>(found);
+    ASSERT_NE(call, nullptr);
+    call(0, QM_CALL_PUSHERROR, nullptr);
+    ASSERT_TRUE(::FreeLibrary(library));
+    ASSERT_EQ(::GetModuleHandleA(file), nullptr);
+  }
+}
+
+class ComingAndGoing : public testing::TestWithParam<const char*> {};
+
+TEST_P(ComingAndGoing, KeepsNoThreadSlots) {
+  const int before = free_thread_slots();
+  load_and_free(GetParam(), 300);
+  EXPECT_EQ(free_thread_slots(), before);
+}
+
+TEST_P(ComingAndGoing, KeepsHardlyAnyMemory) {
+  load_and_free(GetParam(), 5);  // what the system keeps once
+  const std::size_t before = memory_in_use();
+  load_and_free(GetParam(), 100);
+  EXPECT_LT(memory_in_use(), before + 100 * 1024);
+}
+
+INSTANTIATE_TEST_SUITE_P(Libraries, ComingAndGoing,
+                         testing::Values(QMSD_LIBRARY_FILE, QMSD_MODULE_FILE),
+                         [](const auto& param) { return param.index == 0 ? "Kernel" : "Module"; });
+
+}  // namespace
+}  // namespace binary
