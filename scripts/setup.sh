@@ -5,8 +5,9 @@
 readonly BUILD_PACKAGES=(cmake ninja-build g++ ccache pkg-config libtomlplusplus-dev)
 readonly WINDOWS_PACKAGES=(g++-mingw-w64-i686-posix)
 readonly WINE_PACKAGES=(wine wine32:i386)
-# The tests make locales of their own from the sources in "locales".
-readonly TEST_PACKAGES=(googletest locales)
+# The tests make locales of their own from the sources in "locales", and programs from the examples of
+# the documents.
+readonly TEST_PACKAGES=(googletest locales python3)
 readonly FORMAT_PACKAGES=(clang-format-14)
 readonly LAYER_PACKAGES=(python3)
 readonly LINT_PACKAGES=(clang-tidy-14 shellcheck)
