@@ -11,8 +11,9 @@ else()
   set(QMSD_MODULE_DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 endif()
 
-# The debugging information stays in the build folder.
-install(CODE "set(CMAKE_INSTALL_DO_STRIP TRUE)")
+# The debugging information stays in the build folder. Stripping would stamp the time on the file.
+install(CODE "set(CMAKE_INSTALL_DO_STRIP TRUE)
+set(ENV{SOURCE_DATE_EPOCH} 0)")
 install(TARGETS qmsd7 EXPORT qmsd7Targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
