@@ -30,13 +30,14 @@ bool match_set(WideView pattern, std::size_t& at, qm_wchar character) {
 // One character of the name against one element of the pattern that is no "*".
 bool match_one(WideView pattern, std::size_t& at, qm_wchar character) {
   const qm_wchar element = pattern[at++];
-  if (element == '[') return element == character || match_set(pattern, at, character);
+  if (element == '[') return match_set(pattern, at, character);
   return element == '?' || element == character;
 }
 
 }  // namespace
 
-// Only the last "*" has to be tried again: what an earlier one took can be given to it as well.
+// Only the last "*" has to be tried again: what an earlier one took can be given to it as well,
+// since every element but a star takes exactly one character.
 bool wildcard_match(WideView name, WideView pattern) {
   if (name == pattern) return true;
   constexpr std::size_t kNone = WideView::npos;

@@ -54,7 +54,10 @@ INSTANTIATE_TEST_SUITE_P(
         MatchCase{QM_W("zzbx"), QM_W("*[a-c]x"), true}, MatchCase{QM_W("a"), QM_W("["), false},
         MatchCase{QM_W("a"), QM_W("[a"), false}, MatchCase{QM_W("a"), QM_W("[]"), false},
         MatchCase{QM_W("a"), QM_W("[-a]"), false}, MatchCase{QM_W("a"), QM_W("[a-]"), false},
-        MatchCase{QM_W("["), QM_W("["), true}));
+        MatchCase{QM_W("["), QM_W("["), true}, MatchCase{QM_W("["), QM_W("[[]"), true},
+        MatchCase{QM_W("a[b"), QM_W("*[b"), false}, MatchCase{QM_W("a[b"), QM_W("*[[]b"), true},
+        // What looks like the pattern's set in a name is only text.
+        MatchCase{QM_W("rep*[+-m]?"), QM_W("?*[+-m]??"), true}));
 
 TEST(Wildcard, ManyStarsTakeNoLongerThanAFewSteps) {
   const std::basic_string<qm_wchar> name(200, QM_W('a'));
