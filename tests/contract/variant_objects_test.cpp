@@ -1,4 +1,5 @@
-// References to objects that live in modules: when the owner hears of them, and what it may do then.
+// References to objects that live in modules: when the owner hears of them, and what it may do
+// then.
 #include <atomic>
 #include <thread>
 

@@ -1,4 +1,5 @@
-// Every operation on variants with every allocation failing: error 12, nothing lost, nothing changed.
+// Every operation on variants with every allocation failing: error 12, nothing lost, nothing
+// changed.
 #include <iterator>
 
 #include "tests/support/allocation_failures.h"
