@@ -198,6 +198,42 @@ TEST_F(Files, ADirectoryIsNotReplaced) {
   EXPECT_TRUE(kernel().refuses(QM_CALL_WRITEFILE, record, failure(21, "(file creation)")));
 }
 
+// Natively the superuser may write all the same.
+TEST_F(Files, AReadOnlyFileIsReadButNotReplaced) {
+  make_file(folder().file("file"), "old");
+  const fs::perms write = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+  fs::permissions(folder().file("file"), write, fs::perm_options::remove);
+  EXPECT_EQ(read("file"), "old");
+  const bool may_write = std::ofstream(folder().file("file"), std::ios::app).is_open();
+  std::string text = "new";
+  auto record = writing("file", text);
+  if (may_write) {
+    EXPECT_EQ(kernel()(QM_CALL_WRITEFILE, &record), 1);
+  } else {
+    EXPECT_TRUE(kernel().refuses(QM_CALL_WRITEFILE, record, failure(13, "(file creation)")));
+  }
+  EXPECT_EQ(contents(folder().file("file")), may_write ? "new" : "old");
+  fs::permissions(folder().file("file"), write, fs::perm_options::add);
+}
+
+TEST_F(Files, AnUnknownVariableStaysInTheName) {
+  const ScopedVariable variable("QMSD_TEST_FOLDER", "a");
+  EXPECT_TRUE(write("%QMSD_TEST_NONE%QMSD_TEST_FOLDER%", "x"));
+  EXPECT_EQ(contents(folder().file("%QMSD_TEST_NONE%QMSD_TEST_FOLDER%")), "x");
+}
+
+TEST_F(Files, AreOneTrackedBlockEach) {
+  make_file(folder().file("file"), "contents");
+  const int before = kernel().live_blocks();
+  auto record = reading("file");
+  EXPECT_EQ(kernel()(QM_CALL_READFILE, &record), 1);
+  EXPECT_EQ(kernel().live_blocks(), before + 1);
+  qm_mem_size size{record.data, 0};
+  EXPECT_EQ(kernel()(QM_CALL_MEMSIZE, &size), 1);
+  EXPECT_EQ(size.size, record.size);
+  release(record.data);
+}
+
 TEST_F(Files, AFileIsNoDirectory) {
   make_file(folder().file("x.txt"), "stays");
   std::string text = "x";

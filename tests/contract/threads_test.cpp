@@ -148,6 +148,46 @@ TEST_F(Threads, ReleaseWhatOthersAllocated) {
   });
 }
 
+// ---- Slots -------------------------------------------------------------------------------------
+
+TEST_F(Threads, CreateJoinAndReleaseSlotsOfEachOther) {
+  constexpr int kTimes = 300;
+  run([this](int) {
+    for (int times = 0; times < kTimes; ++times) {
+      auto own = poisoned<qm_slot>();
+      ASSERT_EQ(kernel()(QM_CALL_SLOTCREATE, &own), 1);
+      // Others guess the number: they may join and leave, which keeps the slot.
+      qm_slot guessed{own.id - times % 7, nullptr};
+      const bool joined = kernel()(QM_CALL_SLOTJOIN, &guessed) == 1;
+      ASSERT_TRUE(!joined || guessed.data != nullptr);
+      if (joined) {
+        ASSERT_EQ(kernel()(QM_CALL_SLOTRELEASE, &guessed), 1);
+      }
+      ASSERT_EQ(kernel()(QM_CALL_SLOTRELEASE, &own), 1);
+    }
+  });
+  auto next = poisoned<qm_slot>();
+  EXPECT_EQ(kernel()(QM_CALL_SLOTCREATE, &next), 1);
+  EXPECT_EQ(next.id, kThreads * kTimes + 1) << "each got a number of its own";
+}
+
+TEST_F(Threads, CountTheUsersOfOneSlot) {
+  auto slot = poisoned<qm_slot>();
+  ASSERT_EQ(kernel()(QM_CALL_SLOTCREATE, &slot), 1);
+  run([this, &slot](int) {
+    for (int times = 0; times < 300; ++times) {
+      qm_slot joined{slot.id, nullptr};
+      ASSERT_EQ(kernel()(QM_CALL_SLOTJOIN, &joined), 1);
+      ASSERT_EQ(joined.data, slot.data);
+    }
+  });
+  for (int user = 0; user < kThreads * 300; ++user) {
+    ASSERT_EQ(kernel()(QM_CALL_SLOTRELEASE, &slot), 1);
+  }
+  EXPECT_EQ(kernel()(QM_CALL_SLOTRELEASE, &slot), 1) << "the creator's own use";
+  EXPECT_TRUE(kernel().fails(QM_CALL_SLOTRELEASE, &slot, failure(2, "(slot)")));
+}
+
 // ---- Handles -----------------------------------------------------------------------------------
 
 TEST_F(Threads, OpenCallAndCloseOneModule) {

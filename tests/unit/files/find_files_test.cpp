@@ -180,15 +180,15 @@ TEST_F(FindFiles, ReachesTheBottomOfADeepTree) {
   fs::path path;
   Names expected;
   std::string name = ".";
-  // As deep as the system allows, up to the length of the paths that the search takes.
-  for (int level = 0; level < 130; ++level) {
+  // As deep as every system allows.
+  const auto room = 240 - static_cast<int>(folder().string().size());
+  for (int level = 0; level < room / 2; ++level) {
     path /= "d";
     name += "\\d";
-    std::error_code problem;
-    if (!fs::create_directory(path, problem)) break;
+    fs::create_directory(path);
     expected.insert(name);
   }
-  EXPECT_GT(expected.size(), 40u);
+  EXPECT_GT(expected.size(), 10u);
   EXPECT_EQ(find("d.", -1, kFindDirectories), expected);
 }
 
