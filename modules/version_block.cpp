@@ -74,7 +74,6 @@ bool is_version_info(const Entry& root) { return root.key == QM_W("VS_VERSION_IN
 bool read_root(VersionBlock& block, Entry& root) {
   if (!read_entry(block, 0, root)) return false;
   if (!is_version_info(root)) root.end = block.size();
-  root.end = std::min(root.end, block.size());
   block = block.substr(0, root.end);
   return true;
 }

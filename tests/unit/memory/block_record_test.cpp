@@ -124,12 +124,12 @@ TEST_P(GuardWidth, EachOfItsBytesCounts) {
 
 TEST_P(GuardWidth, MayChangeWithAResizeThatKeepsTheContent) {
   for (const std::int32_t other : {0, 4, 8, 20}) {
-    for (const std::int32_t size : {5, 6, 400}) {
+    for (const std::int32_t size : {3, 6, 400}) {
       BlockRecord record;
       ASSERT_TRUE(record.build(kSize, GetParam(), nullptr, 0));
-      set_text(record, "abcd");
+      set_text(record, "ab");
       ASSERT_TRUE(record.resize(size, other, nullptr, 0));
-      EXPECT_EQ(text_of(record), "abcd");
+      EXPECT_EQ(text_of(record), "ab");
       EXPECT_EQ(record.guard, other);
       EXPECT_TRUE(record.sound());
     }
