@@ -2,9 +2,9 @@
 // indexes of thread slots, of which a process has only 1088, and the memory set aside for
 // exceptions. A library that is loaded over and over would use them up.
 //
-// The runtime is linked into the library, so its calls of TlsAlloc and TlsFree go through the import
-// pointers of the library. These are defined here, which keeps the linker from importing the system's
-// functions, and the indexes that are taken can be remembered.
+// The runtime is linked into the library, so its calls of TlsAlloc and TlsFree go through the
+// import pointers of the library. These are defined here, which keeps the linker from importing
+// the system's functions, and the indexes that are taken can be remembered.
 #include <windows.h>
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// Hides files by their attribute.
 #include <windows.h>
 
 #include "tests/unit/files/files_support.h"
