@@ -34,7 +34,9 @@ find_package(Threads REQUIRED)
 add_library(qmsd_options INTERFACE)
 target_include_directories(qmsd_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(qmsd_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  # To GCC this is no part of -Wconversion.
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
 target_compile_definitions(qmsd_options INTERFACE
   $<$<BOOL:${QMSD_TRACE}>:QMSD_TRACE> $<$<BOOL:${QMSD_CHECK_LOCKS}>:QMSD_CHECK_LOCKS>)
 target_link_libraries(qmsd_options INTERFACE Threads::Threads)
@@ -72,10 +74,6 @@ function(qmsd_room name)
     file(GLOB found CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${directory}/*.cpp")
     list(APPEND sources ${found})
   endforeach()
-  if(NOT sources)  # A room that is still empty.
-    set(sources "${CMAKE_BINARY_DIR}/empty.cpp")
-    file(WRITE ${sources} "")
-  endif()
   add_library(qmsd_${name} STATIC ${sources})
   target_link_libraries(qmsd_${name} PUBLIC qmsd_options)
   foreach(room IN LISTS ROOM_USES)
