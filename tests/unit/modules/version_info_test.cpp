@@ -30,15 +30,14 @@ class VersionInfo : public ModuleTest {
   static WideString file(const std::string& module) {
     return wide("./" + module) + platform::kLibraryExtension;
   }
-  // Overwrites the text in the file's version block, which is the only wide text of that kind
-  // there.
+  // Overwrites the text in the file's version block, or what lies at an offset from it.
   static void replace(const std::string& module, const std::string& text, const std::string& by,
                       std::ptrdiff_t offset = 0) {
     const std::string name = narrow(file(module));
     std::ifstream in(name, std::ios::binary);
     std::string content{std::istreambuf_iterator<char>(in), {}};
     in.close();
-    const std::size_t at = content.find(as_bytes(text));
+    const std::size_t at = content.find(as_bytes(text), content.rfind(as_bytes("VS_VERSION_INFO")));
     ASSERT_NE(at, std::string::npos) << text;
     content.replace(at + static_cast<std::size_t>(offset), by.size(), by);
     std::ofstream(name, std::ios::binary) << content;
