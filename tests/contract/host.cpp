@@ -69,25 +69,29 @@ int leaves_a_thread_in_a_call() {
 }
 
 // Each thread keeps one of the kernel's tables busy, so that it ends inside a lock sooner or later.
+// None of them allocates: a thread killed inside the system's heap is no affair of the kernel.
 void use_blocks() {
+  std::uint32_t foreign = 0;
   for (;;) {
-    qm_realloc block{nullptr, 16};
+    qm_realloc block{&foreign, 16};
     g_kernel(0, QM_CALL_REALLOC, &block);
-    block.size = 0;
-    g_kernel(0, QM_CALL_REALLOC, &block);
+    g_kernel(0, QM_CALL_MEMCHECK, nullptr);
   }
 }
 
+// Without calling the module: it writes to its journal, and a thread killed inside the system's own
+// file routines is no affair of the kernel.
 void use_handles() {
+  qm_handle_ref handle{open(QM_W("tm_plain"))};
   for (;;) {
-    qm_handle_ref handle{open(QM_W("tm_plain"))};
-    g_kernel(0, QM_CALL_CLOSEHANDLE, &handle);
+    g_kernel(0, QM_CALL_REFHANDLE, &handle);
+    g_kernel(0, QM_CALL_UNREFHANDLE, &handle);
   }
 }
 
 void use_error_texts() {
   for (;;) {
-    const qm_error_text pair{0x2001, QM_W("text")};
+    const qm_error_text pair{0x2001, nullptr};
     qm_add_error_texts texts{1, &pair};
     g_kernel(0, QM_CALL_ADDERRORTEXTS, &texts);
   }
