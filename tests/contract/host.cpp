@@ -69,7 +69,8 @@ int leaves_a_thread_in_a_call() {
 }
 
 // Each thread keeps one of the kernel's tables busy, so that it ends inside a lock sooner or later.
-// None of them allocates: a thread killed inside the system's heap is no affair of the kernel.
+// They allocate nothing and call no module, so that what they are killed in is a lock of the kernel
+// and not a routine of the system.
 void use_blocks() {
   std::uint32_t foreign = 0;
   for (;;) {
@@ -79,8 +80,6 @@ void use_blocks() {
   }
 }
 
-// Without calling the module: it writes to its journal, and a thread killed inside the system's own
-// file routines is no affair of the kernel.
 void use_handles() {
   qm_handle_ref handle{open(QM_W("tm_plain"))};
   for (;;) {

@@ -62,6 +62,8 @@ TEST_P(ComingAndGoing, KeepsHardlyAnyMemory) {
   load_and_free(GetParam(), 5);  // what the system keeps once
   const std::size_t before = memory_in_use();
   load_and_free(GetParam(), 100);
+  // Some 0.6 to 1 KB a load are still kept, by whom is not known; it was 19 KB before the leftovers
+  // of the runtime were given back.
   EXPECT_LT(memory_in_use(), before + 100 * 4 * 1024);
 }
 
