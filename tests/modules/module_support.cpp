@@ -27,22 +27,47 @@ qm_call_fn g_kernel = nullptr;
 constexpr tm_setting kOnesAtStart[] = {TM_OPEN_RESULT, TM_CLOSE_RESULT, TM_NOTICE_RESULT,
                                        TM_CALL_RESULT};
 
-void append_to_file(const char* file, const char* text, size_t size) {
 #ifdef _WIN32
+// Windows looks for the end of a file and writes there in two steps; two threads that append at once
+// may write one line over the other. A mutex by name is one for all the modules of a process, and
+// the system takes it from a killed thread.
+class AppendLock {
+ public:
+  AppendLock() {
+    char name[48];
+    snprintf(name, sizeof name, "test-module-append-%lu", GetCurrentProcessId());
+    m_mutex = CreateMutexA(nullptr, FALSE, name);
+    WaitForSingleObject(m_mutex, INFINITE);
+  }
+  ~AppendLock() {
+    ReleaseMutex(m_mutex);
+    CloseHandle(m_mutex);
+  }
+  AppendLock(const AppendLock&) = delete;
+  AppendLock& operator=(const AppendLock&) = delete;
+
+ private:
+  HANDLE m_mutex;
+};
+
+void append_to_file(const char* file, const char* text, size_t size) {
+  const AppendLock lock;
   const HANDLE out = CreateFileA(file, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (out == INVALID_HANDLE_VALUE) return;
   DWORD written;
   WriteFile(out, text, static_cast<DWORD>(size), &written, nullptr);
   CloseHandle(out);
+}
 #else
+void append_to_file(const char* file, const char* text, size_t size) {
   const int out = open(file, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
   if (out < 0) return;
   const ssize_t written = write(out, text, size);
   (void)written;
   close(out);
-#endif
 }
+#endif
 
 // In the order of tm_setting.
 constexpr const char* kSettingNames[TM_SETTING_COUNT] = {
