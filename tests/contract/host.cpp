@@ -11,8 +11,8 @@
 #include "tests/contract/support/shared_library.h"
 #include "tests/modules/test_module.h"
 
-// What a process leaves that ends in the middle of its work is no leak, and what its threads still do
-// while it ends is no race: Windows kills them before, and elsewhere they die inside their module.
+// What a process leaves that ends in the middle of its work is no leak, and what its threads still
+// do while it ends is no race: Windows kills them before, elsewhere they die inside their module.
 #ifdef __SANITIZE_ADDRESS__
 extern "C" QM_EXPORT const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif

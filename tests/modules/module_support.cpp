@@ -28,9 +28,9 @@ constexpr tm_setting kOnesAtStart[] = {TM_OPEN_RESULT, TM_CLOSE_RESULT, TM_NOTIC
                                        TM_CALL_RESULT};
 
 #ifdef _WIN32
-// Windows looks for the end of a file and writes there in two steps; two threads that append at once
-// may write one line over the other. A mutex by name is one for all the modules of a process, and
-// the system takes it from a killed thread.
+// Windows looks for the end of a file and writes there in two steps; two threads that append at
+// once may write one line over the other. A mutex by name is one for all the modules of a process,
+// and the system takes it from a killed thread.
 class AppendLock {
  public:
   AppendLock() {
