@@ -3,7 +3,7 @@
 
 The kernel is a ladder of rooms: a file may include files of its own room and of rooms on lower
 floors. Everything beside the ladder names the folders it may see. Only platform/ and library/ know
-the operating system.
+the operating system, and the one header of the client that loads a library.
 """
 import pathlib
 import re
@@ -28,9 +28,13 @@ EXCEPTIONS = {
     ("variant", "variant/time"): "a sub-folder of its own that stands below it",
 }
 
+# The C++ client lies in the public header's folder, but the kernel does not know it.
+CLIENT = "include/qm"
+
 # Beside the ladder: what each folder may include. The others (unit tests, benchmarks, fuzz targets)
 # look inside the kernel on purpose.
 BESIDE = {
+    CLIENT: ["include"],
     "toolkit": ["include", "toolkit"],
     "examples": ["include", "toolkit/include", "examples"],
     "tests/contract": ["include", "tests/contract", "tests/modules", "tests/support"],
@@ -39,7 +43,7 @@ BESIDE = {
                       "tests/modules", "tests/support"],
 }
 
-KNOWS_THE_SYSTEM = {"platform", "library"}
+KNOWS_THE_SYSTEM = {"platform", "library", "include/qm/kernel_library.hpp"}
 TELLS_SYSTEMS_APART = KNOWS_THE_SYSTEM | {"include"}
 # The public header is C; the kernel's own headers are C++.
 C_HEADERS_OF_INCLUDE = {"stdint.h"}
@@ -51,7 +55,8 @@ SYSTEM_TEST = re.compile(r"\s*#\s*(el)?if.*\b(_WIN32|_WIN64|__linux__|__unix__|_
 
 def sources():
     listing = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.h", "*.c", "*.cpp"],
+        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.h", "*.hpp", "*.c",
+         "*.cpp"],
         check=True, capture_output=True, text=True)
     paths = map(pathlib.PurePosixPath, listing.stdout.splitlines())
     return {path for path in paths if pathlib.Path(path).is_file()}
@@ -61,6 +66,12 @@ def innermost(path, folders):
     """The deepest of `folders` that holds `path`, or None."""
     holding = [folder for folder in folders if path.is_relative_to(folder)]
     return max(holding, key=len, default=None)
+
+
+def room_of(path):
+    """The room on the ladder that holds `path`, or None."""
+    room = innermost(path, [*FLOORS, CLIENT])
+    return None if room == CLIENT else room
 
 
 def resolve(name, source, known):
@@ -74,13 +85,13 @@ def resolve(name, source, known):
 
 def why_not_inside(source, target):
     """Why one file of the project must not include another, or None."""
-    room = innermost(source, FLOORS)
+    room = room_of(source)
     if room is None:
         folder = innermost(source, BESIDE)
         if folder is None or innermost(target, BESIDE[folder]):
             return None
         return f"{folder}/ may use only {', '.join(BESIDE[folder])}"
-    other = innermost(target, FLOORS)
+    other = room_of(target)
     if other is None:
         return "the kernel knows nothing beside the ladder"
     if room == other or FLOORS[other] < FLOORS[room] or (room, other) in EXCEPTIONS:
@@ -90,8 +101,8 @@ def why_not_inside(source, target):
 
 def why_not_outside(source, name):
     """Why a file must not include a header from outside the project, or None."""
-    room = innermost(source, FLOORS)
-    if room is None or room in KNOWS_THE_SYSTEM:
+    room = innermost(source, [*FLOORS, CLIENT])
+    if room is None or innermost(source, KNOWS_THE_SYSTEM):
         return None
     if room == "include" and name in C_HEADERS_OF_INCLUDE:
         return None

@@ -7,7 +7,7 @@ import sys
 
 MAX_LINES = 500
 MAX_COLUMNS = 100
-SOURCES = {".h", ".c", ".cpp"}
+SOURCES = {".h", ".hpp", ".c", ".cpp"}
 # Data, and texts that somebody else words.
 UNCHECKED = ("fuzz/corpus/", "tests/vectors/", "LICENSE")
 # The whole public contract is one header on purpose.
@@ -50,7 +50,7 @@ def problems_of_source(path, text):
             yield number, f"more than {MAX_COLUMNS} columns"
     if not re.match(r'//|/\*|#include "', text):
         yield 1, "the file opens neither with what it is for nor with its own header"
-    if path.suffix == ".h" and "#pragma once" not in lines and "#ifndef" not in text:
+    if path.suffix in {".h", ".hpp"} and "#pragma once" not in lines and "#ifndef" not in text:
         yield 1, "no guard against being included twice"
     own = path.with_suffix(".h")
     if path.suffix == ".cpp" and own.is_file() and first_include(lines) != f'#include "{own}"':

@@ -6,7 +6,7 @@ readonly TIDY_FOLDERS='(kernel|library|memory|modules|platform|services|variant)
 # The C and C++ files of the tree, new ones included, each ended by a zero.
 project_sources() {
   local file
-  git ls-files -z --cached --others --exclude-standard '*.cpp' '*.h' '*.c' |
+  git ls-files -z --cached --others --exclude-standard '*.cpp' '*.hpp' '*.h' '*.c' |
     while IFS= read -r -d '' file; do
       [[ ! -f $file ]] || printf '%s\0' "$file"
     done

@@ -87,8 +87,8 @@ class Kernel {
     return Error(code, WideView(text));
   }
 
-  /// Replaces the calling thread's error: the code's own text and behind it `text`, taken literally;
-  /// or exactly what an Error holds. Without memory the code alone is set.
+  /// Replaces the calling thread's error: the code's own text and behind it `text`, taken
+  /// literally; or exactly what an Error holds. Without memory the code alone is set.
   /// Threads: each has its own.
   ///
   ///     kernel.set_error(qm::Error(7, "100 %s"));

@@ -85,8 +85,8 @@ class KernelLibrary : public Owner<detail::LibraryPolicy> {
   KernelLibrary() = default;
 
   /// Loads the library from a file, or by the system's rules if it is a name without a folder.
-  /// Owner: the result. Errors: 0x1000 with the system's words if the file cannot be loaded, 2 if it
-  /// exports no `qm_call`. Threads: see above.
+  /// Owner: the result. Errors: 0x1000 with the system's words if the file cannot be loaded, 2 if
+  /// it exports no `qm_call`. Threads: see above.
   ///
   ///     const auto none = qm::KernelLibrary::try_load("no/such/file");
   ///     check(none.error().code() == QM_ERROR_LOAD);

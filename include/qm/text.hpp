@@ -114,9 +114,9 @@ constexpr WideString to_wide(std::string_view utf8) {
 }
 
 /// A text argument: made, without being asked, from UTF-8 (`char`, `char8_t`) or UTF-16
-/// (`char16_t`, and `wchar_t` on Windows), literals, strings and views alike. It holds the wide text
-/// that the kernel reads. UTF-16 is passed on unit by unit, single surrogates included. The kernel
-/// reads up to the first zero.
+/// (`char16_t`, and `wchar_t` on Windows), literals, strings and views alike. It holds the wide
+/// text that the kernel reads. UTF-16 is passed on unit by unit, single surrogates included. The
+/// kernel reads up to the first zero.
 /// Owner: of a copy of the text. Errors: std::bad_alloc. Threads: as a standard string.
 ///
 ///     const qm::Text name = "greeter";
