@@ -1,17 +1,20 @@
 # qm_add_module(TARGET [NAME name] SOURCES file... VERSION a.b.c.d DESCRIPTION "text"
-#               [COMPANY "text"] [EXPORTS name...] [LINK library...])
-# qm_add_module(TARGET [NAME name] SOURCES file... NO_VERSION [EXPORTS name...] [LINK library...])
+#               [COMPANY "text"] [EXPORTS name... | EXPORT_MARKED] [LINK library...])
+# qm_add_module(TARGET [NAME name] SOURCES file... NO_VERSION
+#               [EXPORTS name... | EXPORT_MARKED] [LINK library...])
 #
-# Builds a module library, NAME.dll or NAME.so, that finds <qmsd7.h>:
+# Builds a module library, NAME.dll or NAME.so, that finds <qmsd7.h> and <qm/module.hpp>:
 #
-#   qm_add_module(qmclock SOURCES clock.cpp VERSION 1.0.0.0 DESCRIPTION "Wall clock"
-#     EXPORTS qm_call qmmoduleinfo)
+#   qm_add_module(qmclock SOURCES clock.cpp VERSION 1.0.0.0 DESCRIPTION "Wall clock")
 #
 # NAME is what the kernel opens the module by, unless told otherwise the name of the target.
-# EXPORTS is the list of what the library shows; the sources mark these names QM_EXPORT. Without it
-# the library shows what its sources mark for export. Names are undecorated either way.
+# EXPORTS is the list of what the library shows: qm_call and qmmoduleinfo, unless told otherwise.
+# The sources mark these names QM_EXPORT; one that they do not define stops the linker. With
+# EXPORT_MARKED the library shows whatever its sources mark. Names are undecorated either way.
 # The version, two bytes for each part, is what the module listing and file properties show. Windows
 # keeps it in a resource, other systems in the section ".qmversion" that holds the same bytes.
+# The sources find name, version and description in the macros QM_MODULE_NAME, QM_MODULE_VERSION
+# and QM_MODULE_DESCRIPTION.
 
 set(_qm_module_files "${CMAKE_CURRENT_LIST_DIR}")
 if(NOT DEFINED QM_INCLUDE_DIR)
@@ -20,7 +23,7 @@ endif()
 
 function(qm_add_module target)
   cmake_parse_arguments(PARSE_ARGV 1 QM
-    "NO_VERSION" "NAME;VERSION;DESCRIPTION;COMPANY" "SOURCES;EXPORTS;LINK")
+    "NO_VERSION;EXPORT_MARKED" "NAME;VERSION;DESCRIPTION;COMPANY" "SOURCES;EXPORTS;LINK")
   if(QM_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "qm_add_module(${target}): unknown ${QM_UNPARSED_ARGUMENTS}")
   endif()
@@ -40,12 +43,28 @@ function(qm_add_module target)
     # The module's own qm_call is meant by that name, not one that the host loaded before.
     target_link_options(${target} PRIVATE -Wl,-Bsymbolic)
   endif()
-  if(QM_EXPORTS)
+  if(NOT QM_EXPORTS)
+    set(QM_EXPORTS qm_call qmmoduleinfo)
+  endif()
+  if(NOT QM_EXPORT_MARKED)
     _qm_export(${target} ${QM_EXPORTS})
   endif()
+  _qm_define(${target} NAME "${QM_NAME}")
   if(NOT QM_NO_VERSION)
+    _qm_define(${target} VERSION "${QM_VERSION}")
+    _qm_define(${target} DESCRIPTION "${QM_DESCRIPTION}")
     _qm_add_version(${target} "${QM_NAME}" "${QM_VERSION}" "${QM_DESCRIPTION}" "${QM_COMPANY}")
   endif()
+endfunction()
+
+# A text as a macro of the sources. The resource compiler could not read its quotation marks.
+function(_qm_define target name value)
+  string(REPLACE "\\" "\\\\" value "${value}")
+  string(REPLACE "\"" "\\\"" value "${value}")
+  string(REPLACE ">" "$<ANGLE-R>" value "${value}")
+  string(REPLACE ";" "$<SEMICOLON>" value "${value}")
+  target_compile_definitions(${target} PRIVATE
+    "$<$<COMPILE_LANGUAGE:C,CXX>:QM_MODULE_${name}=\"${value}\">")
 endfunction()
 
 # Makes the library give back what its C++ runtime would keep. C alone brings no such runtime.
@@ -80,7 +99,8 @@ function(_qm_export target)
   else()
     list(JOIN ARGN "; " names)
     file(CONFIGURE OUTPUT "${list}.map" CONTENT "{ global: ${names}; local: *; };\n" @ONLY)
-    target_link_options(${target} PRIVATE "-Wl,--version-script=${list}.map")
+    list(TRANSFORM ARGN PREPEND "-Wl,--require-defined=")
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${list}.map" ${ARGN})
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${list}.map")
   endif()
 endfunction()
@@ -91,10 +111,16 @@ function(_qm_add_version target name version description company)
     message(FATAL_ERROR "qm_add_module(${target}): VERSION ${version} is not a.b.c.d")
   endif()
   set(QM_VERSION_WORDS "${CMAKE_MATCH_1}, ${CMAKE_MATCH_2}, ${CMAKE_MATCH_3}, ${CMAKE_MATCH_4}")
+  get_property(languages GLOBAL PROPERTY ENABLED_LANGUAGES)
   if(WIN32)
+    set(template rc)
     set(kind rc)
   else()
+    set(template c)
     set(kind cpp)
+    if(C IN_LIST languages)
+      set(kind c)
+    endif()
   endif()
   set(QM_VERSION_TEXTS "")
   foreach(text IN ITEMS
@@ -111,13 +137,15 @@ function(_qm_add_version target name version description company)
       string(APPEND QM_VERSION_TEXTS "      VALUE \"${key}\", \"${value}\"\n")
     else()
       string(REPLACE "\"" "\\\"" value "${value}")
-      string(APPEND QM_VERSION_TEXTS "    {u\"${key}\", u\"${value}\"},\n")
+      string(APPEND QM_VERSION_TEXTS "  TEXT(${key}, u\"${key}\", u\"${value}\") \\\n")
     endif()
   endforeach()
   set(source "${CMAKE_CURRENT_BINARY_DIR}/${target}_version.${kind}")
-  configure_file("${_qm_module_files}/module_version.${kind}.in" "${source}" @ONLY)
+  configure_file("${_qm_module_files}/module_version.${template}.in" "${source}" @ONLY)
   target_sources(${target} PRIVATE "${source}")
-  if(kind STREQUAL "cpp")
-    target_compile_features(${target} PRIVATE cxx_std_20)
+  if(NOT WIN32)  # Whatever standard the project's own sources are written for.
+    string(REPLACE "cpp" "c++" language ${kind})
+    set_source_files_properties("${source}" PROPERTIES COMPILE_OPTIONS -std=${language}11
+      SKIP_PRECOMPILE_HEADERS ON SKIP_UNITY_BUILD_INCLUSION ON)
   endif()
 endfunction()

@@ -32,7 +32,7 @@ install(FILES
   "${CMAKE_BINARY_DIR}/qmsd7ConfigVersion.cmake"
   "${CMAKE_CURRENT_LIST_DIR}/QmAddModule.cmake"
   "${CMAKE_CURRENT_LIST_DIR}/module_leftovers.cpp"
-  "${CMAKE_CURRENT_LIST_DIR}/module_version.cpp.in"
+  "${CMAKE_CURRENT_LIST_DIR}/module_version.c.in"
   "${CMAKE_CURRENT_LIST_DIR}/module_version.rc.in"
   DESTINATION "${QMSD_PACKAGE_DIR}")
 
