@@ -28,16 +28,14 @@ TrackedHeap* heap_or_fail() {
 
 bool memory_realloc(qm_realloc* record) {
   return without_exceptions([record] {
-    if (record == nullptr || record->size < 0)
-      return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr || size < 0)"));
+    if (record == nullptr || record->size < 0) return refuse(QM_W("(!ptr || size < 0)"));
     return tracked_realloc(&record->pointer, record->size, nullptr, 0);
   });
 }
 
 bool memory_size(qm_mem_size* record) {
   return without_exceptions([record] {
-    if (record == nullptr || record->pointer == nullptr)
-      return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr || !buffer)"));
+    if (record == nullptr || record->pointer == nullptr) return refuse(QM_W("(!ptr || !buffer)"));
     const TrackedHeap* heap = heap_or_fail();
     return heap != nullptr && heap->capacity_of(record->pointer, record->size);
   });
@@ -45,15 +43,14 @@ bool memory_size(qm_mem_size* record) {
 
 // A pointer that is not ours is reported without the position: that is where the block was to be
 // resized, while the message is about where it comes from.
-bool memory_realloc_position(qm_realloc_pos* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool memory_realloc_position(qm_realloc_pos& record) {
   TrackedHeap* heap = heap_or_fail();
   if (heap == nullptr) return false;
-  if (record->pointer == nullptr || heap->contains(record->pointer))
-    return heap->reallocate(&record->pointer, record->size, record->file, record->line);
-  qm_realloc plain{record->pointer, record->size};
+  if (record.pointer == nullptr || heap->contains(record.pointer))
+    return heap->reallocate(&record.pointer, record.size, record.file, record.line);
+  qm_realloc plain{record.pointer, record.size};
   const bool done = memory_realloc(&plain);
-  record->pointer = plain.pointer;
+  record.pointer = plain.pointer;
   return done;
 }
 
@@ -62,10 +59,9 @@ bool memory_check() {
   return heap != nullptr && heap->check();
 }
 
-bool memory_info(qm_mem_info* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool memory_info(qm_mem_info& record) {
   const TrackedHeap* heap = heap_or_fail();
-  return heap != nullptr && heap->describe(*record);
+  return heap != nullptr && heap->describe(record);
 }
 
 }  // namespace qmsd

@@ -60,8 +60,7 @@ void describe_block(const BlockRecord& record, qm_mem_info& info) {
 
 bool TrackedHeap::reallocate(void** pointer, std::int32_t size, const char* file,
                              std::int32_t line) {
-  if (size < 0 || pointer == nullptr)
-    return fail(QM_ERROR_ARGUMENT, QM_W("(size < 0) || (!buffer)"));
+  if (size < 0 || pointer == nullptr) return refuse(QM_W("(size < 0) || (!buffer)"));
   WriteGuard guard(lock_);
   return *pointer == nullptr ? allocate(pointer, size, file, line)
                              : change(pointer, size, file, line);
@@ -88,8 +87,8 @@ bool TrackedHeap::allocate(void** pointer, std::int32_t size, const char* file, 
 bool TrackedHeap::change(void** pointer, std::int32_t size, const char* file, std::int32_t line) {
   std::size_t index;
   if (blocks_.find(*pointer, index) != BlockList::Found::block) {
-    return fail(QM_ERROR_ARGUMENT, QM_W("No qm allocated buffer: %p, %i ([%i]: %hs)"), *pointer,
-                size, line, file != nullptr ? file : "");
+    return refuse(QM_W("No qm allocated buffer: %p, %i ([%i]: %hs)"), *pointer, size, line,
+                  file != nullptr ? file : "");
   }
   BlockRecord& record = *blocks_.at(index);
   if (!record.sound()) return fail(QM_ERROR_DAMAGED);
@@ -120,10 +119,10 @@ bool TrackedHeap::capacity_of(const void* block, std::int32_t& capacity) const {
   std::size_t index = 0;
   switch (blocks_.find(block, index)) {
     case BlockList::Found::empty:
-      return fail(QM_ERROR_ARGUMENT, QM_W("(buffer %p,%p,%i)"), block, blocks_.address(),
-                  static_cast<std::int32_t>(blocks_.count()));
+      return refuse(QM_W("(buffer %p,%p,%i)"), block, blocks_.address(),
+                    static_cast<std::int32_t>(blocks_.count()));
     case BlockList::Found::nothing:
-      return fail(QM_ERROR_ARGUMENT, QM_W("(buffer)"));
+      return refuse(QM_W("(buffer)"));
     case BlockList::Found::damage:
       return fail(QM_ERROR_DAMAGED);
     case BlockList::Found::block:

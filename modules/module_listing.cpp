@@ -147,7 +147,7 @@ char* narrow_path(const qm_wchar* path) {
   return narrow;
 }
 
-bool refuse_null_record() { return fail(QM_ERROR_ARGUMENT, QM_W("Null pointer detected")); }
+bool refuse_null_record() { return refuse(QM_W("Null pointer detected")); }
 
 }  // namespace
 

@@ -72,7 +72,7 @@ bool load_alias(const qm_wchar* name, const qm_wchar* group, OpenedModule& opene
 }
 
 // Unloads first: the library's clean-up code may record errors of its own.
-bool refuse(OpenedModule& opened, std::int32_t code, const qm_wchar* message) {
+bool reject(OpenedModule& opened, std::int32_t code, const qm_wchar* message) {
   opened.library.reset();
   return fail(code, message);
 }
@@ -92,7 +92,7 @@ bool accept_exports(OpenedModule& opened) {
 
   const auto call = reinterpret_cast<qm_call_fn>(platform::find_symbol(library, kCallExport));
   if (call == nullptr) {
-    return extended || refuse(opened, QM_ERROR_NOT_FOUND, QM_W("(!qm_call || !qmmoduleinfo)"));
+    return extended || reject(opened, QM_ERROR_NOT_FOUND, QM_W("(!qm_call || !qmmoduleinfo)"));
   }
   qm_info_request request{nullptr};
   if (call(0, QM_CALL_GETKERNELINFO, &request) == 0) {
@@ -100,10 +100,10 @@ bool accept_exports(OpenedModule& opened) {
     return false;
   }
   if (request.info == nullptr) {
-    return extended || refuse(opened, QM_ERROR_NOT_FOUND, QM_W("(!qmcall || !qmmoduleinfo)"));
+    return extended || reject(opened, QM_ERROR_NOT_FOUND, QM_W("(!qmcall || !qmmoduleinfo)"));
   }
   if (request.info->id != QM_MODULE_ID) {
-    return extended || refuse(opened, QM_ERROR_ARGUMENT, QM_W("(module->id)"));
+    return extended || reject(opened, QM_ERROR_ARGUMENT, QM_W("(module->id)"));
   }
   opened.info = request.info;
   return true;
@@ -120,13 +120,13 @@ bool replace_text(const qm_wchar*& field, const qm_wchar* text) {
 }  // namespace
 
 bool open_module_library(const qm_wchar* name, const qm_wchar* group, OpenedModule& opened) {
-  if (name == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!modname)"));
+  if (name == nullptr) return refuse(QM_W("(!modname)"));
   assert_no_lock_held("a library is loaded");
   opened.library = load_module_library(name, opened.path);
   if (opened.library) {
     if (platform::find_symbol(opened.library.get(), kInfoExport)) return accept_exports(opened);
     // Only the alias of another library may do without this export.
-    refuse(opened, QM_ERROR_NOT_FOUND, QM_W("(!qm_call || !qmmoduleinfo)"));
+    reject(opened, QM_ERROR_NOT_FOUND, QM_W("(!qm_call || !qmmoduleinfo)"));
   }
   return load_alias(name, group, opened) && accept_exports(opened);
 }

@@ -23,7 +23,7 @@ bool read_module_version(ModuleRecord& record) {
 }
 
 bool module_version(ModuleRecord& record, qm_module_version* answer) {
-  if (answer == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+  if (answer == nullptr) return refuse(QM_W("(!ptr)"));
   if (record.version.load() == nullptr && !read_module_version(record)) return false;
   answer->props = record.version.load();
   return true;

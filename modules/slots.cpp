@@ -37,8 +37,7 @@ void slots_destroy() {
   if (waiting_given_up()) static_cast<void>(gone.release());
 }
 
-bool slot_create(qm_slot* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool slot_create(qm_slot& record) {
   Slots* all = slots();
   if (all == nullptr) return fail(QM_ERROR_DAMAGED, QM_W("(init slot)"));
   qm_slot created{};
@@ -56,31 +55,29 @@ bool slot_create(qm_slot* record) {
     case SlotTable::Created::no_memory:
       return fail_slot(QM_ERROR_NO_MEMORY);
     default:
-      *record = created;
+      record = created;
       return true;
   }
 }
 
-bool slot_join(qm_slot* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool slot_join(qm_slot& record) {
   Slots* all = slots();
   if (all == nullptr) return fail(QM_ERROR_DAMAGED, QM_W("(init)"));
   ReadGuard guard(all->lock);
-  Slot* slot = all->table.find(record->id);
+  Slot* slot = all->table.find(record.id);
   const bool joined = slot != nullptr && SlotTable::join(*slot);
   void* data = joined ? slot->data : nullptr;
   guard.unlock();
   if (!joined) return fail_slot(slot == nullptr ? QM_ERROR_NOT_FOUND : QM_ERROR_RANGE);
-  record->data = data;
+  record.data = data;
   return true;
 }
 
-bool slot_release(qm_slot* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool slot_release(const qm_slot& record) {
   Slots* all = slots();
   if (all == nullptr) return fail(QM_ERROR_DAMAGED, QM_W("(init)"));
   WriteGuard guard(all->lock);
-  Slot* slot = all->table.find(record->id);
+  Slot* slot = all->table.find(record.id);
   if (slot != nullptr) all->table.release(*slot);
   guard.unlock();
   return slot != nullptr || fail_slot(QM_ERROR_NOT_FOUND);

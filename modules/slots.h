@@ -8,8 +8,8 @@ namespace qmsd {
 bool slots_create();
 void slots_destroy();  // frees every cell, whoever uses it
 
-bool slot_create(qm_slot* record);
-bool slot_join(qm_slot* record);
-bool slot_release(qm_slot* record);
+bool slot_create(qm_slot& record);
+bool slot_join(qm_slot& record);
+bool slot_release(const qm_slot& record);
 
 }  // namespace qmsd

@@ -119,8 +119,8 @@ bool resize(qm_version_props** props, std::uint64_t bytes) {
 }  // namespace
 
 bool read_version_info(const qm_wchar* file, qm_version_props** props) {
-  if (file == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(fname)"));
-  if (props == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(pversioninfo)"));
+  if (file == nullptr) return refuse(QM_W("(fname)"));
+  if (props == nullptr) return refuse(QM_W("(pversioninfo)"));
   Resource resource;
   VersionEntries entries;
   if (!fetch_or_fail(file, resource) || !find_or_fail(resource.block(), entries)) return false;
@@ -137,12 +137,12 @@ bool read_packed_version(const qm_wchar* file, std::uint32_t& version) {
 }
 
 bool version_info_wide(qm_version_info_w* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!params)"));
+  if (record == nullptr) return refuse(QM_W("(!params)"));
   return read_version_info(record->file, &record->props);
 }
 
 bool version_info_narrow(qm_version_info_a* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!params)"));
+  if (record == nullptr) return refuse(QM_W("(!params)"));
   qm_wchar file[kNarrowNameLength];
   if (record->file != nullptr) mbs_to_wcs(file, kNarrowNameLength, record->file);
   return read_version_info(record->file != nullptr ? file : nullptr, &record->props);

@@ -15,8 +15,6 @@ namespace {
 
 enum class Which { items, attributes };
 
-bool refuse(const qm_wchar* condition) { return fail(QM_ERROR_ARGUMENT, condition); }
-
 // The list that is meant, with the lock held; nothing, with an error, if the holder has none.
 std::optional<ChildList> list_of(qm_variant* holder, Which which) {
   if (holder == nullptr) {
@@ -46,71 +44,67 @@ std::optional<ChildList> select(const qm_variant_child& record, Which which,
 
 enum class Reference { add, none };
 
-bool get(qm_variant_child* record, Which which, Reference reference) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+bool get(qm_variant_child& record, Which which, Reference reference) {
   const VariantsReadGuard guard;
   std::int32_t position;
-  const auto list = select(*record, which, position);
+  const auto list = select(record, which, position);
   if (!list) return false;
   qm_variant* child = (*list)[position];
-  report(*record, *child, position);
-  record->child = nullptr;
+  report(record, *child, position);
+  record.child = nullptr;
   if (reference == Reference::add) {
     child->add_reference();
-    record->child = child;
+    record.child = child;
   }
   return true;
 }
 
 // The removed child, with the list's reference, goes to the record.
-bool take(qm_variant_child* record, Which which) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+bool take(qm_variant_child& record, Which which) {
   const VariantsWriteGuard guard;
   std::int32_t position;
-  auto list = select(*record, which, position);
+  auto list = select(record, which, position);
   if (!list) return false;
-  record->child = list->remove(position);
-  report(*record, *record->child, position);
+  record.child = list->remove(position);
+  report(record, *record.child, position);
   return true;
 }
 
-bool remove(qm_variant_child* record, Which which) {
+bool remove(qm_variant_child& record, Which which) {
   if (!take(record, which)) return false;
   ReleaseList dead;
-  const std::int32_t count = dead.drop(*record->child);
-  record->child = nullptr;
-  return count >= 1 || fail(QM_ERROR_ARGUMENT, QM_W("(ref=%i)"), count);
+  const std::int32_t count = dead.drop(*record.child);
+  record.child = nullptr;
+  return count >= 1 || refuse(QM_W("(ref=%i)"), count);
 }
 
-bool insert(qm_variant_child* record, Which which) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+bool insert(qm_variant_child& record, Which which) {
   const VariantsWriteGuard guard;
-  auto list = list_of(record->holder, which);
+  auto list = list_of(record.holder, which);
   if (!list) return false;
-  if (record->child == nullptr) return refuse(QM_W("(item)"));
+  if (record.child == nullptr) return refuse(QM_W("(item)"));
   std::int32_t place;
-  if (!list->find_place(ChildQuery(*record), place)) return false;
-  if (!list->insert(place, *record->child)) return false;
-  report(*record, *record->child, place);
+  if (!list->find_place(ChildQuery(record), place)) return false;
+  if (!list->insert(place, *record.child)) return false;
+  report(record, *record.child, place);
   return true;
 }
 
 // How many children have the name, and where the first of them from the index on is.
-bool count_named(qm_variant_child* record, Which which) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
+bool count_named(qm_variant_child& record, Which which) {
   const VariantsReadGuard guard;
-  const auto list = list_of(record->holder, which);
+  const auto list = list_of(record.holder, which);
   if (!list) return false;
-  qm_variant_child by_name = *record;
-  by_name.flags = (record->flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM;
+  qm_variant_child by_name = record;
+  by_name.flags = (record.flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM;
   const ChildQuery query(by_name);
   std::int32_t first;
   if (!list->find(query, first)) return false;
   std::int32_t matches = 0;
   for (const qm_variant* child : list->entries()) matches += query.names(*child) ? 1 : 0;
-  record->index = first < list->count() ? first : -1;
-  record->id = matches;
-  record->child = nullptr;
+  record.index = first < list->count() ? first : -1;
+  record.id = matches;
+  record.child = nullptr;
   return true;
 }
 
@@ -130,33 +124,31 @@ bool position_of(Record& record, const qm_variant* child, Which which) {
 
 }  // namespace
 
-bool item_get(qm_variant_child* record) { return get(record, Which::items, Reference::add); }
-bool item_take(qm_variant_child* record) { return take(record, Which::items); }
-bool item_delete(qm_variant_child* record) { return remove(record, Which::items); }
-bool item_insert(qm_variant_child* record) { return insert(record, Which::items); }
-bool item_count_named(qm_variant_child* record) { return count_named(record, Which::items); }
+bool item_get(qm_variant_child& record) { return get(record, Which::items, Reference::add); }
+bool item_take(qm_variant_child& record) { return take(record, Which::items); }
+bool item_delete(qm_variant_child& record) { return remove(record, Which::items); }
+bool item_insert(qm_variant_child& record) { return insert(record, Which::items); }
+bool item_count_named(qm_variant_child& record) { return count_named(record, Which::items); }
 
-bool item_position(qm_variant_child* record) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
-  return position_of(*record, record->child, Which::items);
+bool item_position(qm_variant_child& record) {
+  return position_of(record, record.child, Which::items);
 }
 
-bool attribute_get(qm_variant_child* record) {
+bool attribute_get(qm_variant_child& record) {
   return get(record, Which::attributes, Reference::add);
 }
-bool attribute_find(qm_variant_child* record) {
+bool attribute_find(qm_variant_child& record) {
   return get(record, Which::attributes, Reference::none);
 }
-bool attribute_take(qm_variant_child* record) { return take(record, Which::attributes); }
-bool attribute_delete(qm_variant_child* record) { return remove(record, Which::attributes); }
-bool attribute_insert(qm_variant_child* record) { return insert(record, Which::attributes); }
-bool attribute_count_named(qm_variant_child* record) {
+bool attribute_take(qm_variant_child& record) { return take(record, Which::attributes); }
+bool attribute_delete(qm_variant_child& record) { return remove(record, Which::attributes); }
+bool attribute_insert(qm_variant_child& record) { return insert(record, Which::attributes); }
+bool attribute_count_named(qm_variant_child& record) {
   return count_named(record, Which::attributes);
 }
 
-bool attribute_position(qm_variant_attribute_position* record) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
-  return position_of(*record, record->attribute, Which::attributes);
+bool attribute_position(qm_variant_attribute_position& record) {
+  return position_of(record, record.attribute, Which::attributes);
 }
 
 }  // namespace qmsd

@@ -24,11 +24,11 @@
 namespace qmsd {
 namespace {
 
-std::int32_t refuse(const qm_wchar* condition) {
-  fail(QM_ERROR_ARGUMENT, condition);
+std::int32_t refuse_conversion(const qm_wchar* condition) {
+  refuse(condition);
   return kConversionFailed;
 }
-std::int32_t refuse_type() { return refuse(QM_W("(type)")); }
+std::int32_t refuse_type() { return refuse_conversion(QM_W("(type)")); }
 
 // A number of elements in memory, and where their conversions go.
 struct Slice {
@@ -77,9 +77,9 @@ std::int32_t convert_elements(const qm_variant& source, const qm_variant_convert
   const bool is_array = source.kind() == Kind::array;
   const std::int32_t elements = is_array ? source.item_count() : 1;
   if (count > 1 && is_text(record.type)) return refuse_type();
-  if (count > elements) return refuse(QM_W("(ix)"));
+  if (count > elements) return refuse_conversion(QM_W("(ix)"));
   if (count > 1 && !fits(count, record.size, record.capacity)) {
-    return refuse(QM_W("(target || tgtlen)"));
+    return refuse_conversion(QM_W("(target || tgtlen)"));
   }
   // A scalar is kept widened, so its stored size only tells whether it has a value at all.
   const std::int64_t bits = source.bits();
@@ -122,12 +122,13 @@ std::int32_t store_number(std::string_view text, const qm_variant_convert& recor
   const bool stored = record.type == QM_TYPE_FLOATING
                           ? store_floating(record.target, width, read_floating(text).value)
                           : store_integer(record.target, width, read_decimal(text).value);
-  return stored ? width : refuse(QM_W("(tgtlen)"));
+  return stored ? width : refuse_conversion(QM_W("(tgtlen)"));
 }
 
 std::int32_t store_date(std::string_view text, const qm_variant_convert& record) {
   const std::uint64_t bits = parse_date_time(text).bits();
-  if (std::min(record.size, record.capacity) != sizeof bits) return refuse(QM_W("(tgtlen)"));
+  if (std::min(record.size, record.capacity) != sizeof bits)
+    return refuse_conversion(QM_W("(tgtlen)"));
   std::memcpy(record.target, &bits, sizeof bits);
   return sizeof bits;
 }
@@ -190,10 +191,10 @@ std::int32_t convert_wide_text(const qm_variant& source, const qm_variant_conver
 
 std::int32_t convert_text(const qm_variant& source, const qm_variant_convert& record,
                           std::int32_t count) {
-  if (count > 1) return is_text(record.type) ? refuse_type() : refuse(QM_W("(ix)"));
+  if (count > 1) return is_text(record.type) ? refuse_type() : refuse_conversion(QM_W("(ix)"));
   if (kind_of(record.type) == Kind::wide_text &&
       record.capacity < static_cast<std::int32_t>(sizeof(qm_wchar))) {
-    return refuse(QM_W("(tgtlen)"));
+    return refuse_conversion(QM_W("(tgtlen)"));
   }
   return source.kind() == Kind::text ? convert_narrow_text(source, record)
                                      : convert_wide_text(source, record);
@@ -225,8 +226,8 @@ std::int32_t describe_object(const qm_variant& source, const qm_variant_convert&
     const qm_wchar* module;
   } described{};
   constexpr std::int32_t size = sizeof described;
-  if (count > 1) return refuse(QM_W("(ix)"));
-  if (record.capacity < size) return refuse(QM_W("(tgtlen)"));
+  if (count > 1) return refuse_conversion(QM_W("(ix)"));
+  if (record.capacity < size) return refuse_conversion(QM_W("(tgtlen)"));
   described.value = source.object().value;
   described.module = source.object().module;
   std::memcpy(record.target, &described, sizeof described);
@@ -256,23 +257,22 @@ std::int32_t convert(const qm_variant& source, const qm_variant_convert& record)
 
 // The order of the checks is part of the contract.
 bool check_slice(const qm_variant_array& record, bool is_reading) {
-  const auto refused = [](const qm_wchar* condition) { return fail(QM_ERROR_ARGUMENT, condition); };
-  if (record.variant == nullptr) return refused(QM_W("(variant)"));
+  if (record.variant == nullptr) return refuse(QM_W("(variant)"));
   if (record.count < 1) return fail(QM_ERROR_ARGUMENT);
-  if (record.buffer == nullptr || record.capacity < 1) return refused(QM_W("(target || tgtlen)"));
+  if (record.buffer == nullptr || record.capacity < 1) return refuse(QM_W("(target || tgtlen)"));
   const bool is_scalar = kind_of(record.type) == Kind::scalar;
   const bool is_single_text = is_reading && is_text(record.type) && record.count == 1;
   if (record.variant->kind() != Kind::array || !(is_scalar || is_single_text)) {
-    return refused(QM_W("(type)"));
+    return refuse(QM_W("(type)"));
   }
   const std::int64_t end = std::int64_t{record.first} + record.count;
-  if (record.first < 0 || end > record.variant->item_count()) return refused(QM_W("(ix)"));
+  if (record.first < 0 || end > record.variant->item_count()) return refuse(QM_W("(ix)"));
   if (!is_reading && !is_element_width(record.type, record.width)) {
-    return refused(QM_W("(srclen)"));
+    return refuse(QM_W("(srclen)"));
   }
   const bool is_checked = !is_reading || record.count > 1;
   if (is_checked && !fits(record.count, record.width, record.capacity)) {
-    return refused(QM_W("(target || tgtlen)"));
+    return refuse(QM_W("(target || tgtlen)"));
   }
   return true;
 }
@@ -288,7 +288,7 @@ std::span<std::byte> elements_from(const qm_variant_array& record) {
 bool convert_variant(qm_variant_convert& record) {
   const bool is_complete = record.source != nullptr && record.target != nullptr &&
                            record.size >= 1 && record.capacity >= 1 && record.count >= 0;
-  if (!is_complete) return fail(QM_ERROR_ARGUMENT, QM_W("(param)"));
+  if (!is_complete) return refuse(QM_W("(param)"));
   const std::int32_t written = convert(*record.source, record);
   if (written == kConversionFailed) return false;
   record.id = record.source->id();
@@ -296,33 +296,30 @@ bool convert_variant(qm_variant_convert& record) {
   return true;
 }
 
-bool variant_convert(qm_variant_convert* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool variant_convert(qm_variant_convert& record) {
   const VariantsReadGuard guard;
-  return convert_variant(*record);
+  return convert_variant(record);
 }
 
-bool variant_read_array(qm_variant_array* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool variant_read_array(qm_variant_array& record) {
   const VariantsReadGuard guard;
-  if (!check_slice(*record, true)) return false;
-  const qm_variant& array = *record->variant;
-  return convert_slice({element_type(array.type()), elements_from(*record).data(), array.size(),
-                        record->type, static_cast<std::byte*>(record->buffer), record->capacity,
-                        record->width, record->count}) != kConversionFailed;
+  if (!check_slice(record, true)) return false;
+  const qm_variant& array = *record.variant;
+  return convert_slice({element_type(array.type()), elements_from(record).data(), array.size(),
+                        record.type, static_cast<std::byte*>(record.buffer), record.capacity,
+                        record.width, record.count}) != kConversionFailed;
 }
 
-bool variant_write_array(qm_variant_array* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool variant_write_array(qm_variant_array& record) {
   const VariantsWriteGuard guard;
-  if (!check_slice(*record, false)) return false;
-  const qm_variant& array = *record->variant;
-  const auto elements = elements_from(*record);
+  if (!check_slice(record, false)) return false;
+  const qm_variant& array = *record.variant;
+  const auto elements = elements_from(record);
   return convert_slice(
-             {record->type, static_cast<const std::byte*>(record->buffer), record->width,
+             {record.type, static_cast<const std::byte*>(record.buffer), record.width,
               element_type(array.type()), elements.data(),
               static_cast<std::int32_t>(std::min<std::size_t>(elements.size(), INT32_MAX)),
-              array.size(), record->count}) != kConversionFailed;
+              array.size(), record.count}) != kConversionFailed;
 }
 
 }  // namespace qmsd

@@ -12,8 +12,8 @@ namespace qmsd {
 bool convert_variant(qm_variant_convert& record);
 
 // The function codes of conversions.
-bool variant_convert(qm_variant_convert* record);
-bool variant_read_array(qm_variant_array* record);
-bool variant_write_array(qm_variant_array* record);
+bool variant_convert(qm_variant_convert& record);
+bool variant_read_array(qm_variant_array& record);
+bool variant_write_array(qm_variant_array& record);
 
 }  // namespace qmsd

@@ -18,8 +18,6 @@
 namespace qmsd {
 namespace {
 
-bool refuse(const qm_wchar* condition) { return fail(QM_ERROR_ARGUMENT, condition); }
-
 // Only arrays have several elements, and a container's items are added later.
 bool is_item_count(Kind kind, std::int32_t nitems) {
   switch (kind) {

@@ -19,8 +19,6 @@
 namespace qmsd {
 namespace {
 
-bool refuse(const qm_wchar* condition) { return fail(QM_ERROR_ARGUMENT, condition); }
-
 // The value of a step, tested against candidates; the scratch text holds a candidate's value.
 class ValueTest {
  public:
@@ -80,7 +78,7 @@ qm_variant* select(const ChildList& list, const PathStep& step, const ValueTest&
     qm_variant* candidate = list[from];
     const std::int32_t references = candidate->references();
     if (references < 1) {
-      fail(QM_ERROR_ARGUMENT, QM_W("(ref=%i)"), references);
+      refuse(QM_W("(ref=%i)"), references);
       return nullptr;
     }
     if (step.value == PathStep::Value::any) return candidate;
@@ -119,29 +117,6 @@ OwnedText widen_path(const char* path) {
   return wide;
 }
 
-bool find(qm_variant_path_w& record) {
-  if (!check_path(record)) return false;
-  const VariantsReadGuard guard;
-  qm_variant* found = find_by_path(record.root, record.path);
-  if (found == nullptr) return false;
-  found->add_reference();
-  record.result = found;
-  return true;
-}
-
-bool read_value(qm_variant_path_value_w& record) {
-  if (!check_path(record)) return false;
-  const VariantsReadGuard guard;
-  qm_variant* found = find_by_path(record.root, record.path);
-  if (found == nullptr) return false;
-  qm_variant_convert reading{found,        record.id,     record.type,    record.size,
-                             record.count, record.target, record.capacity};
-  if (!convert_variant(reading)) return false;
-  record.id = reading.id;
-  record.size = reading.size;
-  return true;
-}
-
 }  // namespace
 
 qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
@@ -177,35 +152,48 @@ qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
   }
 }
 
-bool variant_path_wide(qm_variant_path_w* record) {
-  return record == nullptr ? refuse(QM_W("(!ptr)")) : find(*record);
-}
-
-bool variant_path_narrow(qm_variant_path_a* record) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
-  if (!check_path(*record)) return false;
-  const OwnedText path = widen_path(record->path);
-  if (!path) return false;
-  qm_variant_path_w wide{record->root, path.get(), nullptr};
-  if (!find(wide)) return false;
-  record->result = wide.result;
+bool variant_path_wide(qm_variant_path_w& record) {
+  if (!check_path(record)) return false;
+  const VariantsReadGuard guard;
+  qm_variant* found = find_by_path(record.root, record.path);
+  if (found == nullptr) return false;
+  found->add_reference();
+  record.result = found;
   return true;
 }
 
-bool variant_path_value_wide(qm_variant_path_value_w* record) {
-  return record == nullptr ? refuse(QM_W("(!ptr)")) : read_value(*record);
+bool variant_path_narrow(qm_variant_path_a& record) {
+  if (!check_path(record)) return false;
+  const OwnedText path = widen_path(record.path);
+  if (!path) return false;
+  qm_variant_path_w wide{record.root, path.get(), nullptr};
+  if (!variant_path_wide(wide)) return false;
+  record.result = wide.result;
+  return true;
 }
 
-bool variant_path_value_narrow(qm_variant_path_value_a* record) {
-  if (record == nullptr) return refuse(QM_W("(!ptr)"));
-  if (!check_path(*record)) return false;
-  const OwnedText path = widen_path(record->path);
+bool variant_path_value_wide(qm_variant_path_value_w& record) {
+  if (!check_path(record)) return false;
+  const VariantsReadGuard guard;
+  qm_variant* found = find_by_path(record.root, record.path);
+  if (found == nullptr) return false;
+  qm_variant_convert reading{found,        record.id,     record.type,    record.size,
+                             record.count, record.target, record.capacity};
+  if (!convert_variant(reading)) return false;
+  record.id = reading.id;
+  record.size = reading.size;
+  return true;
+}
+
+bool variant_path_value_narrow(qm_variant_path_value_a& record) {
+  if (!check_path(record)) return false;
+  const OwnedText path = widen_path(record.path);
   if (!path) return false;
-  qm_variant_path_value_w wide{record->root, path.get(),    record->id,     record->type,
-                               record->size, record->count, record->target, record->capacity};
-  if (!read_value(wide)) return false;
-  record->id = wide.id;
-  record->size = wide.size;
+  qm_variant_path_value_w wide{record.root, path.get(),   record.id,     record.type,
+                               record.size, record.count, record.target, record.capacity};
+  if (!variant_path_value_wide(wide)) return false;
+  record.id = wide.id;
+  record.size = wide.size;
   return true;
 }
 

@@ -14,8 +14,6 @@
 namespace qmsd {
 namespace {
 
-bool fail_null_record() { return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)")); }
-
 struct Facts {
   std::int32_t id = -1;
   std::int32_t type = 0;
@@ -43,83 +41,77 @@ void report(const Facts& facts, Record& record) {
 enum class Identity { exchange, keep };
 
 // The new value is complete before the target changes, and the old one goes after the lock is left.
-bool assign(qm_variant_create* record, Identity identity) {
-  if (record == nullptr) return fail_null_record();
-  if (record->variant == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(variant)"));
-  const VariantOwner value = create_variant(*record);
+bool assign(qm_variant_create& record, Identity identity) {
+  if (record.variant == nullptr) return refuse(QM_W("(variant)"));
+  const VariantOwner value = create_variant(record);
   if (!value) return false;
   const VariantsWriteGuard guard;
-  record->variant->swap_value(*value);
-  if (identity == Identity::exchange) record->variant->swap_identity(*value);
+  record.variant->swap_value(*value);
+  if (identity == Identity::exchange) record.variant->swap_identity(*value);
   return true;
 }
 
 }  // namespace
 
 bool variant_reference(qm_variant* variant) {
-  if (variant == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(variant)"));
+  if (variant == nullptr) return refuse(QM_W("(variant)"));
   const std::int32_t count = variant->add_reference();
   return count > 1 || fail(QM_ERROR_DAMAGED, QM_W("(ref=%i)"), count);
 }
 
 bool variant_release(qm_variant* variant) {
-  if (variant == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(variant)"));
+  if (variant == nullptr) return refuse(QM_W("(variant)"));
   ReleaseList dead;
   const VariantsReadGuard guard;
   const std::int32_t count = dead.drop(*variant);
-  return count >= 1 || fail(QM_ERROR_ARGUMENT, QM_W("(ref=%i)"), count);
+  return count >= 1 || refuse(QM_W("(ref=%i)"), count);
 }
 
-bool variant_create(qm_variant_create* record) {
-  if (record == nullptr) return fail_null_record();
-  record->variant = create_variant(*record).release();
-  return record->variant != nullptr;
+bool variant_create(qm_variant_create& record) {
+  record.variant = create_variant(record).release();
+  return record.variant != nullptr;
 }
 
-bool variant_recreate(qm_variant_create* record) {
-  if (record == nullptr) return fail_null_record();
-  VariantOwner fresh = create_variant(*record);
-  const VariantOwner old(record->variant);
+bool variant_recreate(qm_variant_create& record) {
+  VariantOwner fresh = create_variant(record);
+  const VariantOwner old(record.variant);
   const VariantsWriteGuard guard;
-  record->variant = fresh.release();
-  return record->variant != nullptr;
+  record.variant = fresh.release();
+  return record.variant != nullptr;
 }
 
-bool variant_assign(qm_variant_create* record) { return assign(record, Identity::exchange); }
-bool variant_assign_value(qm_variant_create* record) { return assign(record, Identity::keep); }
+bool variant_assign(qm_variant_create& record) { return assign(record, Identity::exchange); }
+bool variant_assign_value(qm_variant_create& record) { return assign(record, Identity::keep); }
 
-bool variant_copy(qm_variant_copy* record) {
-  if (record == nullptr) return fail_null_record();
-  record->copy = nullptr;
-  if (record->source == nullptr) return true;
+bool variant_copy(qm_variant_copy& record) {
+  record.copy = nullptr;
+  if (record.source == nullptr) return true;
   DeepCopy copy;
   bool made;
   {
     const VariantsReadGuard guard;
-    made = copy.make(*record->source);
+    made = copy.make(*record.source);
   }
   if (!made) return fail(QM_ERROR_NO_MEMORY);
-  record->copy = copy.take();
+  record.copy = copy.take();
   return true;
 }
 
-bool variant_info(qm_variant_info* record) {
-  if (record == nullptr) return fail_null_record();
+bool variant_info(qm_variant_info& record) {
   const VariantsReadGuard guard;
-  report(facts_of(record->variant), *record);
+  report(facts_of(record.variant), record);
   return true;
 }
 
-bool variant_info_name(qm_variant_info_name* record) {
-  if (record == nullptr) return fail_null_record();
-  const bool has_buffer = record->name != nullptr;
-  if (has_buffer ? record->length < 1 : record->length > 0) {
-    return fail(QM_ERROR_ARGUMENT, QM_W("(namebuff)"));
+bool variant_info_name(qm_variant_info_name& record) {
+  const bool has_buffer = record.name != nullptr;
+  if (has_buffer ? record.length < 1 : record.length > 0) {
+    return refuse(QM_W("(namebuff)"));
   }
   const VariantsReadGuard guard;
-  report(facts_of(record->variant), *record);
-  const qm_wchar* name = record->variant == nullptr ? nullptr : record->variant->name();
-  text_result(record->name, record->length, name == nullptr ? QM_W("") : name);
+  report(facts_of(record.variant), record);
+  const qm_wchar* name = record.variant == nullptr ? nullptr : record.variant->name();
+  text_result(record.name, record.length, name == nullptr ? QM_W("") : name);
   return true;
 }
 

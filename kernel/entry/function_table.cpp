@@ -34,14 +34,19 @@ bool announce_close() {
 
 using Handler = std::int32_t (*)(void* params);
 
-// Gives every handler one shape. Handlers take no record or a typed one.
-template <auto Serve, class Result, class Record>
-std::int32_t call_with_record(Result (*)(Record*), void* params) {
-  return Serve(static_cast<Record*>(params));
-}
+// Gives every handler one shape. Handlers take no record, a typed one that must be there, or, where
+// its absence means something to them, a pointer to it.
 template <auto Serve>
 std::int32_t call_with_record(bool (*)(), void*) {
   return Serve();
+}
+template <auto Serve, class Record>
+std::int32_t call_with_record(bool (*)(Record&), void* params) {
+  return params != nullptr ? Serve(*static_cast<Record*>(params)) : refuse(QM_W("(!ptr)"));
+}
+template <auto Serve, class Result, class Record>
+std::int32_t call_with_record(Result (*)(Record*), void* params) {
+  return Serve(static_cast<Record*>(params));
 }
 template <auto Serve>
 std::int32_t by(void* params) {
@@ -140,7 +145,7 @@ static_assert(rising, "one row per code, in the order of the codes");
 std::int32_t serve(std::uint32_t function, void* params) {
   const Function* row = std::ranges::lower_bound(kFunctions, function, {}, &Function::code);
   if (row == std::end(kFunctions) || row->code != function) {
-    return fail(QM_ERROR_ARGUMENT, QM_W("(function=%08x?,handle=%08x)"), function, 0);
+    return refuse(QM_W("(function=%08x?,handle=%08x)"), function, 0);
   }
   return row->handler(params);
 }

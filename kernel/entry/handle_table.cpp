@@ -83,7 +83,7 @@ HandleList::Owner take_oldest(HandleTable& handles) {
 bool call_group(std::uint32_t handle, std::uint32_t code, void* record) {
   qm_wchar name[kGroupNameLength];
   if (!groups_lookup(static_cast<std::uint16_t>(handle), name)) {
-    return fail(QM_ERROR_ARGUMENT, QM_W("modname?(h=%08x)"), handle);
+    return refuse(QM_W("modname?(h=%08x)"), handle);
   }
   return registry_call(name, 0, code, record, UseMode::group) != 0;
 }
@@ -162,22 +162,21 @@ bool handle_call(std::uint32_t handle, std::uint32_t code, void* record) {
   HandleOwner owner;
   std::int32_t live;
   if (!borrow(handle, owner, live)) {
-    return fail(QM_ERROR_ARGUMENT, QM_W("(Closed handle: %08x, cmd=%08x, nhs: %i)"), handle, code,
-                live);
+    return refuse(QM_W("(Closed handle: %08x, cmd=%08x, nhs: %i)"), handle, code, live);
   }
   BorrowedHandle borrowed(handle);
   bool done = false;
   if (owner.kind == OwnerKind::module_instance) {
     done = registry_call(owner.name, owner.handle, code, record, UseMode::instance) != 0;
   } else {
-    fail(QM_ERROR_ARGUMENT, QM_W("(handle->type?=%08x)"), owner.kind);
+    refuse(QM_W("(handle->type?=%08x)"), owner.kind);
   }
   return borrowed.give_back() && done;
 }
 
 bool handle_resolve(qm_resolve_handle* record) {
-  if (table() == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("Not opened modules"));
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+  if (table() == nullptr) return refuse(QM_W("Not opened modules"));
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
   HandleOwner owner;
   std::int32_t live;
   if (!borrow(record->handle, owner, live)) return fail_unknown(record->handle);
@@ -194,17 +193,16 @@ bool handle_resolve(qm_resolve_handle* record) {
   return fail(QM_ERROR_ARGUMENT);
 }
 
-bool handle_reference(qm_handle_ref* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool handle_reference(const qm_handle_ref& record) {
   HandleOwner owner;
   std::int32_t live;
-  return borrow(record->handle, owner, live) || fail_unknown(record->handle);
+  return borrow(record.handle, owner, live) || fail_unknown(record.handle);
 }
 
 bool handle_release(qm_handle_ref* record) {
   // Modules that are closed late in the shutdown may still give their handles back.
   if (table() == nullptr) return true;
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+  if (record == nullptr) return refuse(QM_W("(!ptr)"));
   bool was_last;
   if (!handle_drop(record->handle, was_last)) return false;
   if (was_last) record->handle = 0;

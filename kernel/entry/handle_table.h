@@ -25,7 +25,7 @@ bool handle_call(std::uint32_t handle, std::uint32_t code, void* record);
 
 // The function codes about handles.
 bool handle_resolve(qm_resolve_handle* record);
-bool handle_reference(qm_handle_ref* record);
+bool handle_reference(const qm_handle_ref& record);
 bool handle_release(qm_handle_ref* record);
 
 // One line: count and total size, each with its change since the last report.

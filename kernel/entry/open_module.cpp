@@ -113,7 +113,7 @@ std::uint32_t open_instance(qm_open_module_w& record) {
 
 bool open_module_wide(qm_open_module_w* record) {
   const bool asked = record != nullptr && record->name != nullptr;
-  if (!asked) fail(QM_ERROR_ARGUMENT, QM_W("(!ptr || !name)"));
+  if (!asked) refuse(QM_W("(!ptr || !name)"));
   if (record != nullptr) record->handle = 0;
   const std::uint32_t handle = asked ? open_instance(*record) : 0;
   if (handle == 0) {

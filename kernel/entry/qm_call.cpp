@@ -30,8 +30,7 @@ std::int32_t route(std::uint32_t handle, std::uint32_t function, void* params) {
     return serve(function, params);
   }
   if (function == QM_CALL_OPENMODULEW) {
-    return fail(QM_ERROR_ARGUMENT, QM_W("(handle[%08x] != NULL && function == %08x)"), handle,
-                function);
+    return refuse(QM_W("(handle[%08x] != NULL && function == %08x)"), handle, function);
   }
   return handle_call(handle, function, params);
 }

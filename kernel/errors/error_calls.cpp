@@ -85,21 +85,6 @@ void combine(std::uint32_t mode, qm_wchar* result, WideView code_text, WideView 
   }
 }
 
-bool set_error(const qm_set_error_w& record) {
-  set_current_code(record.code);
-  qm_wchar* message = message_buffer();
-  if (message == nullptr) return false;
-  qm_wchar of_code[kMessageLength];
-  *of_code = 0;
-  if ((record.flags & QM_SET_ERROR_NO_CODE_TEXT) == 0) code_text(record.code, of_code);
-  qm_wchar new_text[kMessageLength];
-  write_new_text(new_text, record);
-  qm_wchar result[kMessageLength];
-  combine(record.flags & kModeBits, result, of_code, new_text, message);
-  wcs_copy_bounded(message, kMessageLength, result);
-  return true;
-}
-
 // Narrow formats mean narrow text by %s. Every "%s" is changed, even behind another %.
 void let_strings_be_narrow(qm_wchar* format) {
   for (; *format != 0; ++format) {
@@ -132,21 +117,30 @@ std::int32_t closed_error_narrow(qm_get_error_a* record) noexcept {
   return answer(record, QM_ERROR_NOT_FOUND, kClosed);
 }
 
-bool set_error_wide(qm_set_error_w* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
-  return set_error(*record);
+bool set_error_wide(const qm_set_error_w& record) {
+  set_current_code(record.code);
+  qm_wchar* message = message_buffer();
+  if (message == nullptr) return false;
+  qm_wchar of_code[kMessageLength];
+  *of_code = 0;
+  if ((record.flags & QM_SET_ERROR_NO_CODE_TEXT) == 0) code_text(record.code, of_code);
+  qm_wchar new_text[kMessageLength];
+  write_new_text(new_text, record);
+  qm_wchar result[kMessageLength];
+  combine(record.flags & kModeBits, result, of_code, new_text, message);
+  wcs_copy_bounded(message, kMessageLength, result);
+  return true;
 }
 
-bool set_error_narrow(qm_set_error_a* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool set_error_narrow(const qm_set_error_a& record) {
   qm_wchar text[kMessageLength];
-  mbs_to_wcs(text, kMessageLength, record->text);
+  mbs_to_wcs(text, kMessageLength, record.text);
   let_strings_be_narrow(text);
-  return set_error({record->flags, record->code, text, record->arguments});
+  return set_error_wide({record.flags, record.code, text, record.arguments});
 }
 
 bool push_error() {
-  if (!has_stack_slot()) return fail(QM_ERROR_ARGUMENT, kNoSlot);
+  if (!has_stack_slot()) return refuse(kNoSlot);
   ErrorStack* stack = thread_stack();
   MessageBuffer copy = stack == nullptr ? nullptr : make_message_buffer();
   if (!copy) return fail(QM_ERROR_NO_MEMORY);
@@ -164,13 +158,12 @@ bool pop_error() {
   return true;
 }
 
-bool add_error_texts(qm_add_error_texts* record) {
-  if (record == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
-  if (record->count < 1) return true;
-  if (record->pairs == nullptr) return fail(QM_ERROR_ARGUMENT, QM_W("(!ptr)"));
+bool add_error_texts(const qm_add_error_texts& record) {
+  if (record.count < 1) return true;
+  if (record.pairs == nullptr) return refuse(QM_W("(!ptr)"));
   bool all_stored = true;
-  for (std::int32_t at = 0; at < record->count; ++at) {
-    const qm_error_text& pair = record->pairs[at];
+  for (std::int32_t at = 0; at < record.count; ++at) {
+    const qm_error_text& pair = record.pairs[at];
     all_stored = errors_set(pair.code, pair.text) && all_stored;
   }
   return all_stored || fail(QM_ERROR_NO_MEMORY);

@@ -15,10 +15,10 @@ std::int32_t get_error_narrow(qm_get_error_a* record);
 std::int32_t closed_error_wide(qm_get_error_w* record) noexcept;
 std::int32_t closed_error_narrow(qm_get_error_a* record) noexcept;
 
-bool set_error_wide(qm_set_error_w* record);
-bool set_error_narrow(qm_set_error_a* record);
+bool set_error_wide(const qm_set_error_w& record);
+bool set_error_narrow(const qm_set_error_a& record);
 bool push_error();
 bool pop_error();
-bool add_error_texts(qm_add_error_texts* record);
+bool add_error_texts(const qm_add_error_texts& record);
 
 }  // namespace qmsd

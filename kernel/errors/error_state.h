@@ -17,6 +17,12 @@ inline constexpr std::size_t kMessageLength = 2048;
 bool fail(std::int32_t code);
 bool fail(std::int32_t code, const qm_wchar* format, ...);
 
+// The same for arguments that are not accepted, with the condition that they break.
+template <class... Values>
+bool refuse(const qm_wchar* condition, Values... values) {
+  return fail(QM_ERROR_ARGUMENT, condition, values...);
+}
+
 // Start-up and shutdown of the three per-thread values; each of them may be missing.
 void error_keys_create();
 void error_keys_destroy();

@@ -81,7 +81,7 @@ TEST_F(HandleTable, AnswersWithoutATable) {
   start();
   stop();
   const test::ErrorState errors;
-  EXPECT_FALSE(handle_reference(&handle));
+  EXPECT_FALSE(handle_reference(handle));
   EXPECT_ERROR(QM_ERROR_NOT_FOUND, QM_W("(handle=00010000)"));
   qm_resolve_handle record{};
   EXPECT_FALSE(handle_resolve(&record));

@@ -44,7 +44,7 @@ TEST_F(MemoryCalls, SizeZeroWithoutAPointerDoesNothing) {
   EXPECT_TRUE(memory_realloc(&record));
   EXPECT_EQ(record.pointer, nullptr);
   qm_mem_info info{};
-  EXPECT_FALSE(memory_info(&info));
+  EXPECT_FALSE(memory_info(info));
   EXPECT_STANDARD_ERROR(34);
 }
 
@@ -117,25 +117,25 @@ TEST_F(MemoryCalls, SizeOfAForeignPointerFails) {
 
 TEST_F(MemoryCalls, PositionIsShownByTheInformation) {
   qm_realloc_pos record{nullptr, 5, "dir/a.c", 12};
-  ASSERT_TRUE(memory_realloc_position(&record));
+  ASSERT_TRUE(memory_realloc_position(record));
   EXPECT_EQ(place(0).file, "dir/a.c");
   EXPECT_EQ(place(0).line, 12);
   EXPECT_EQ(place(0).capacity, 8);
   EXPECT_EQ(place(0).pointer, record.pointer);
   record.file = "b.c";
   record.line = 13;
-  ASSERT_TRUE(memory_realloc_position(&record));
+  ASSERT_TRUE(memory_realloc_position(record));
   EXPECT_EQ(place(0).file, "b.c");
   EXPECT_EQ(place(0).line, 13);
 }
 
 TEST_F(MemoryCalls, AResizeWithoutAFileKeepsThePosition) {
   qm_realloc_pos record{nullptr, 5, "dir/a.c", 12};
-  ASSERT_TRUE(memory_realloc_position(&record));
+  ASSERT_TRUE(memory_realloc_position(record));
   record.file = nullptr;
   record.line = 99;
   record.size = 50;
-  ASSERT_TRUE(memory_realloc_position(&record));
+  ASSERT_TRUE(memory_realloc_position(record));
   qm_realloc plain{record.pointer, 60};
   ASSERT_TRUE(memory_realloc(&plain));
   EXPECT_EQ(place(0).file, "dir/a.c");
@@ -145,35 +145,33 @@ TEST_F(MemoryCalls, AResizeWithoutAFileKeepsThePosition) {
 
 TEST_F(MemoryCalls, ABlockWithoutAFileStillHasItsLine) {
   qm_realloc_pos record{nullptr, 5, nullptr, 12};
-  ASSERT_TRUE(memory_realloc_position(&record));
+  ASSERT_TRUE(memory_realloc_position(record));
   EXPECT_EQ(place(0).file, "unknown file");
   EXPECT_EQ(place(0).line, 12);
 }
 
 TEST_F(MemoryCalls, PositionedCallReleases) {
   qm_realloc_pos record{allocate(4), 0, "a.c", 1};
-  EXPECT_TRUE(memory_realloc_position(&record));
+  EXPECT_TRUE(memory_realloc_position(record));
   EXPECT_EQ(record.pointer, nullptr);
   EXPECT_EQ(place(0).pointer, nullptr);
 }
 
 TEST_F(MemoryCalls, PositionedCallChecksItsRecord) {
-  EXPECT_FALSE(memory_realloc_position(nullptr));
-  EXPECT_ERROR(22, QM_W("(!ptr)"));
   qm_realloc_pos fresh{nullptr, -1, "a.c", 1};
-  EXPECT_FALSE(memory_realloc_position(&fresh));
+  EXPECT_FALSE(memory_realloc_position(fresh));
   EXPECT_ERROR(22, QM_W("(size < 0) || (!buffer)"));
   qm_realloc_pos ours{allocate(4), -1, "a.c", 1};
-  EXPECT_FALSE(memory_realloc_position(&ours));
+  EXPECT_FALSE(memory_realloc_position(ours));
   EXPECT_ERROR(22, QM_W("(size < 0) || (!buffer)"));
   qm_realloc_pos foreign{&foreign_, -1, "a.c", 1};
-  EXPECT_FALSE(memory_realloc_position(&foreign));
+  EXPECT_FALSE(memory_realloc_position(foreign));
   EXPECT_ERROR(22, QM_W("(!ptr || size < 0)"));
 }
 
 TEST_F(MemoryCalls, PositionedCallReportsAForeignPointerWithoutThePosition) {
   qm_realloc_pos record{&foreign_, 9, "a.c", 77};
-  EXPECT_FALSE(memory_realloc_position(&record));
+  EXPECT_FALSE(memory_realloc_position(record));
   EXPECT_ERROR(22, test::detail(QM_W("No qm allocated buffer: %p, 9 ([0]: )"), &foreign_).c_str());
   EXPECT_EQ(record.pointer, &foreign_);
 }
@@ -181,10 +179,10 @@ TEST_F(MemoryCalls, PositionedCallReportsAForeignPointerWithoutThePosition) {
 TEST_F(MemoryCalls, PositionedCallLeavesTheErrorStateAlone) {
   fail(77, QM_W("marker"));
   qm_realloc_pos record{allocate(4), 40, "a.c", 1};
-  EXPECT_TRUE(memory_realloc_position(&record));
+  EXPECT_TRUE(memory_realloc_position(record));
   EXPECT_ERROR(77, QM_W("marker"));
   std::thread([&record] {
-    EXPECT_TRUE(memory_realloc_position(&record));
+    EXPECT_TRUE(memory_realloc_position(record));
     EXPECT_NO_ERROR();
     EXPECT_FALSE(pop_error());  // nothing was left on the stack either
     error_thread_clear();
@@ -201,8 +199,6 @@ TEST_F(MemoryCalls, CheckOfAnEmptyOrSoundListSucceeds) {
 
 TEST_F(MemoryCalls, InformationChecksItsRecord) {
   allocate(4);
-  EXPECT_FALSE(memory_info(nullptr));
-  EXPECT_ERROR(22, QM_W("(!ptr)"));
   struct {
     std::int32_t index, file_size, dump_size, error;
   } const rows[] = {{-1, 0, 0, 22},        {INT32_MIN, 0, 0, 22},        {0, -1, 0, 22},
@@ -215,7 +211,7 @@ TEST_F(MemoryCalls, InformationChecksItsRecord) {
     record.file = record.dump = text;
     record.file_size = row.file_size;
     record.dump_size = row.dump_size;
-    EXPECT_FALSE(memory_info(&record));
+    EXPECT_FALSE(memory_info(record));
     EXPECT_STANDARD_ERROR(row.error);
     EXPECT_STREQ(text, "kept");
     EXPECT_TRUE(test::is_poison(record.line) && test::is_poison(record.capacity) &&
@@ -238,9 +234,9 @@ TEST_F(MemoryCalls, InformationWritesOnlyBuffersThatAreThere) {
     if (!live) release(block);
     char text[4] = "yes";
     qm_mem_info no_buffer{0, nullptr, 4, nullptr, 4, 0, 0, nullptr};
-    EXPECT_TRUE(memory_info(&no_buffer));
+    EXPECT_TRUE(memory_info(no_buffer));
     qm_mem_info no_size{0, text, 0, text, 0, 0, 0, nullptr};
-    EXPECT_TRUE(memory_info(&no_size));
+    EXPECT_TRUE(memory_info(no_size));
     EXPECT_STREQ(text, "yes");
     EXPECT_EQ(no_size.line, live ? 3 : -1);
     if (live) release(block);
@@ -252,11 +248,11 @@ TEST_F(MemoryCalls, InformationIsCutToItsBuffers) {
   char file[10] = "?";
   char dump[10] = "?";
   qm_mem_info record{0, file, sizeof file, dump, sizeof dump, 0, 0, nullptr};
-  EXPECT_TRUE(memory_info(&record));
+  EXPECT_TRUE(memory_info(record));
   EXPECT_STREQ(file, "directory");
   EXPECT_STREQ(dump, "<abcdefgh");
   record.file_size = record.dump_size = 1;
-  EXPECT_TRUE(memory_info(&record));
+  EXPECT_TRUE(memory_info(record));
   EXPECT_STREQ(file, "");
   EXPECT_STREQ(dump, "");
 }
@@ -347,9 +343,9 @@ TEST(MemoryWithoutAHeap, RefusesEveryOperation) {
   };
   refused(memory_realloc(&resize));
   refused(memory_size(&size));
-  refused(memory_realloc_position(&positioned));
+  refused(memory_realloc_position(positioned));
   refused(memory_check());
-  refused(memory_info(&info));
+  refused(memory_info(info));
   tracked_release(&foreign);
   tracked_destroy();
 }

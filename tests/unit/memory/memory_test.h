@@ -60,7 +60,7 @@ class Memory : public testing::Test {
     char file[100] = "?";
     char dump[100] = "?";
     qm_mem_info record{index, file, sizeof file, dump, sizeof dump, 0, 0, nullptr};
-    EXPECT_TRUE(memory_info(&record));
+    EXPECT_TRUE(memory_info(record));
     return {file, dump, record.line, record.capacity, record.pointer};
   }
 

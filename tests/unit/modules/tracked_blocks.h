@@ -11,7 +11,7 @@ namespace qmsd::test {
 inline int live_blocks() {
   int live = 0;
   qm_mem_info place{};
-  for (; memory_info(&place); ++place.index) live += place.pointer != nullptr;
+  for (; memory_info(place); ++place.index) live += place.pointer != nullptr;
   return live;
 }
 

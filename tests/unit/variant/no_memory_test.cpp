@@ -49,7 +49,7 @@ TEST_F(VariantsWithoutMemory, AreNotCreated) {
     SCOPED_TRACE(request.type);
     fail_each_allocation([&] {
       qm_variant_create record = request;
-      expect_outcome(variant_create(&record));
+      expect_outcome(variant_create(record));
       EXPECT_EQ(record.variant != nullptr, !allocation_refused());
       const VariantOwner made(record.variant);
     });
@@ -64,7 +64,7 @@ TEST_F(VariantsWithoutMemory, KeepTheirValue) {
       if (!target) return;
       qm_variant_create record = request;
       record.variant = target.get();
-      const bool assigned = variant_assign(&record);
+      const bool assigned = variant_assign(record);
       expect_outcome(assigned);
       EXPECT_EQ(target->name() != nullptr, assigned);
       if (assigned) return;
@@ -81,7 +81,7 @@ TEST_F(VariantsWithoutMemory, AreReleasedWhenTheyCannotBeRecreated) {
       old->add_reference();
       qm_variant_create record = request;
       record.variant = old.get();
-      expect_outcome(variant_recreate(&record));
+      expect_outcome(variant_recreate(record));
       EXPECT_EQ(old->references(), 1);
       const VariantOwner fresh(record.variant);
       EXPECT_EQ(static_cast<bool>(fresh), !allocation_refused());
@@ -100,7 +100,7 @@ TEST_F(VariantsWithoutMemory, AreNotCopiedByHalf) {
   ASSERT_TRUE(root->items().insert(0, *object));
   fail_each_allocation([&] {
     qm_variant_copy record{root.get(), root.get()};
-    expect_outcome(variant_copy(&record));
+    expect_outcome(variant_copy(record));
     EXPECT_EQ(record.copy != nullptr, !allocation_refused());
     const VariantOwner copy(record.copy);
     for (const qm_variant* item : root->items().entries()) {
@@ -117,7 +117,7 @@ TEST_F(VariantsWithoutMemory, AreNotInserted) {
     for (const auto insert : {item_insert, attribute_insert}) {
       qm_variant_child record{holder.get(), QM_FIND_LAST, 0, 0, nullptr, child.get()};
       const std::int32_t before = child->references();
-      const bool inserted = insert(&record);
+      const bool inserted = insert(record);
       EXPECT_EQ(child->references(), before + (inserted ? 1 : 0));
       if (inserted) continue;
       EXPECT_EQ(test::thread_error().code, QM_ERROR_NO_MEMORY);
@@ -132,8 +132,8 @@ TEST_F(VariantsWithoutMemory, AreNotFound) {
   fail_each_allocation([&] {
     qm_variant_path_w wide{root.get(), QM_W("V='5'"), nullptr};
     qm_variant_path_a narrow{root.get(), "V='5'", nullptr};
-    const bool found_wide = variant_path_wide(&wide);
-    const bool found_narrow = variant_path_narrow(&narrow);
+    const bool found_wide = variant_path_wide(wide);
+    const bool found_narrow = variant_path_narrow(narrow);
     if (!found_wide || !found_narrow) {
       EXPECT_TRUE(allocation_refused());
     }
@@ -152,11 +152,11 @@ TEST_F(VariantsWithoutMemory, AreNotConverted) {
   fail_each_allocation([&] {
     std::int64_t value = 0;
     qm_variant_convert record{wide.get(), -1, QM_TYPE_SIGNED, 8, 1, &value, 8};
-    const bool read = variant_convert(&record);
+    const bool read = variant_convert(record);
     EXPECT_EQ(value, read ? 12 : 0);
     char text[8] = {};
     record = {narrow.get(), -1, QM_TYPE_TEXT_UTF8, 8, 1, text, 8};
-    const bool written = variant_convert(&record);
+    const bool written = variant_convert(record);
     EXPECT_STREQ(text, written ? "12" : "");
     if (!read || !written) {
       EXPECT_TRUE(allocation_refused());
