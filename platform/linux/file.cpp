@@ -1,70 +1,57 @@
 #include "platform/file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
+#include "platform/file_calls.h"
 #include "platform/linux/kernel_path.h"
 
 namespace qmsd::platform {
-namespace {
 
-int error_or(int otherwise) { return errno != 0 ? errno : otherwise; }
-
-}  // namespace
-
-int query_status(const qm_wchar* path, FileStatus& status) {
+bool os_query_status(const qm_wchar* path, FileStatus& status) {
   struct stat found;
-  errno = 0;
-  if (::stat(SystemPath(path).c_str(), &found) != 0) return error_or(EFAULT);
+  if (::stat(SystemPath(path).c_str(), &found) != 0) return false;
   status = {S_ISDIR(found.st_mode), S_ISREG(found.st_mode), (found.st_mode & S_IWUSR) != 0};
-  return 0;
+  return true;
 }
 
-int create_directory(const qm_wchar* path) {
-  errno = 0;
-  return ::mkdir(SystemPath(path).c_str(), 0777) == 0 ? 0 : error_or(EFAULT);
+bool os_create_directory(const qm_wchar* path) {
+  return ::mkdir(SystemPath(path).c_str(), 0777) == 0;
 }
 
-int remove_file(const qm_wchar* path) {
-  errno = 0;
-  return ::unlink(SystemPath(path).c_str()) == 0 ? 0 : error_or(EFAULT);
+bool os_remove_file(const qm_wchar* path) { return ::unlink(SystemPath(path).c_str()) == 0; }
+
+int os_open_for_reading(const qm_wchar* path) {
+  return ::open(SystemPath(path).c_str(), O_RDONLY | O_CLOEXEC);
 }
 
-File::~File() { close(); }
-
-int File::open(const qm_wchar* path, Mode mode) {
-  const SystemPath system_path(path);
-  // Reading a directory is refused at once here, as on Windows, and not by the first read.
+// A directory opens here, other than on Windows, so it is refused now and not by the first read.
+// Files that the system makes up as they are read tell no size, but may refuse the seeking.
+std::int64_t os_size(int descriptor) {
   struct stat found;
-  if (::stat(system_path.c_str(), &found) == 0 && S_ISDIR(found.st_mode)) return EACCES;
-  errno = 0;
-  file_ = std::fopen(system_path.c_str(), mode == Mode::read ? "rbe" : "wbe");
-  return file_ != nullptr ? 0 : error_or(EFAULT);
+  if (::fstat(descriptor, &found) != 0) return -1;
+  if (S_ISDIR(found.st_mode)) {
+    errno = EACCES;
+    return -1;
+  }
+  if (S_ISREG(found.st_mode) && found.st_size > 0) return found.st_size;
+  const off_t end = ::lseek(descriptor, 0, SEEK_END);
+  return end >= 0 && ::lseek(descriptor, 0, SEEK_SET) == 0 ? end : -1;
 }
 
-int File::size(std::int64_t& bytes) {
-  errno = 0;
-  if (::fseeko(file_, 0, SEEK_END) != 0) return error_or(ERANGE);
-  bytes = ::ftello(file_);
-  return bytes >= 0 && ::fseeko(file_, 0, SEEK_SET) == 0 ? 0 : error_or(ERANGE);
+std::int64_t os_read(int descriptor, void* buffer, std::size_t bytes) {
+  return ::read(descriptor, buffer, bytes);
 }
 
-std::size_t File::read(void* buffer, std::size_t bytes) {
-  return std::fread(buffer, 1, bytes, file_);
-}
+void os_close(int descriptor) { ::close(descriptor); }
 
-int File::write(const void* bytes, std::size_t count) {
-  errno = 0;
-  return std::fwrite(bytes, 1, count, file_) == count ? 0 : error_or(EFAULT);
-}
-
-int File::close() {
-  if (file_ == nullptr) return 0;
-  errno = 0;
-  return std::fclose(std::exchange(file_, nullptr)) == 0 ? 0 : error_or(EFAULT);
+std::FILE* os_open_for_writing(const qm_wchar* path) {
+  std::FILE* const stream = std::fopen(SystemPath(path).c_str(), "wbe");
+  if (stream == nullptr && errno == EISDIR) errno = EACCES;  // the number that Windows has for it
+  return stream;
 }
 
 }  // namespace qmsd::platform

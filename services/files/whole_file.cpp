@@ -53,9 +53,9 @@ constexpr std::int64_t kTooLarge = INT32_MAX - kSlack;
 
 // Reads the whole file; an empty one has no contents. Returns 0 or the error.
 std::int32_t load(const qm_wchar* name, Contents& contents, std::int32_t& read_size) {
-  platform::File file;
+  platform::InputFile file;
   std::int64_t size = 0;
-  if (const int error = file.open(name, platform::File::Mode::read)) return error;
+  if (const int error = file.open(name)) return error;
   if (const int error = file.size(size)) return error;
   if (size >= kTooLarge) return QM_ERROR_RANGE;
   const auto length = static_cast<std::size_t>(size);
@@ -80,7 +80,7 @@ bool prepare_place(const qm_wchar* name) {
 }
 
 // Writes and closes; records the first failure.
-bool store(platform::File& file, const qm_file& record) {
+bool store(platform::OutputFile& file, const qm_file& record) {
   const int write_error = file.write(record.data, static_cast<std::size_t>(record.size));
   if (write_error != 0) fail(write_error, QM_W("(file writing)"));
   const int close_error = file.close();
@@ -119,8 +119,8 @@ bool write_file(qm_file* record) {
   if (!name) return fail_last(QM_W("(filename)"));
 
   if (!prepare_place(name.get())) return fail_last(QM_W("(file creation)"));
-  platform::File file;
-  if (const int error = file.open(name.get(), platform::File::Mode::replace)) {
+  platform::OutputFile file;
+  if (const int error = file.open(name.get())) {
     return fail(error, QM_W("(file creation)"));
   }
   if (store(file, *record)) return true;

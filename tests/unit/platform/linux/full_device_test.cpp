@@ -11,13 +11,13 @@ namespace qmsd::platform {
 namespace {
 
 TEST(FullDevice, RefusesWritesOrTheClosing) {
-  File large;
-  ASSERT_EQ(large.open(QM_W("\\dev\\full"), File::Mode::replace), 0);
+  OutputFile large;
+  ASSERT_EQ(large.open(QM_W("\\dev\\full")), 0);
   const std::string text(100000, 'x');
   EXPECT_EQ(large.write(text.data(), text.size()), ENOSPC);
 
-  File small;
-  ASSERT_EQ(small.open(QM_W("\\dev\\full"), File::Mode::replace), 0);
+  OutputFile small;
+  ASSERT_EQ(small.open(QM_W("\\dev\\full")), 0);
   EXPECT_EQ(small.write("x", 1), 0);
   EXPECT_EQ(small.close(), ENOSPC);
 }
