@@ -50,12 +50,9 @@ class Expansion {
  public:
   Expansion(qm_wchar* buffer, std::size_t room) : buffer_(buffer), room_(room) {}
 
-  void append(qm_wchar unit) {
-    if (length_ < room_) buffer_[length_] = unit;
-    ++length_;
-  }
   void append(WideView text) {
-    for (const qm_wchar unit : text) append(unit);
+    if (length_ < room_) text.copy(buffer_ + length_, room_ - length_);
+    length_ += text.size();
   }
   // False when memory is exhausted.
   bool append_value(const char* value) {
@@ -106,7 +103,7 @@ std::size_t expand_variables(const qm_wchar* text, qm_wchar* buffer, std::size_t
     }
     rest.remove_prefix(end + 1);
   }
-  result.append(0);
+  result.append(WideView(QM_W("\0"), 1));
   return result.length();
 }
 

@@ -71,6 +71,11 @@ bool narrow_utf8(const qm_wchar* text, char* buffer, std::size_t size) noexcept 
   std::basic_string_view<qm_wchar> rest = text;
   std::size_t used = 0;
   while (!rest.empty()) {
+    if (rest[0] < 0x80 && used + 1 < size) {
+      buffer[used++] = static_cast<char>(rest[0]);
+      rest.remove_prefix(1);
+      continue;
+    }
     const CodePoint point = decode_utf16(rest.data(), rest.size());
     const bool escaped = point.units == 0 && rest[0] >= kEscape + 0x80 && rest[0] <= kEscape + 0xFF;
     char bytes[4] = {static_cast<char>(rest[0] & 0xFF)};

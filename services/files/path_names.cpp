@@ -1,7 +1,6 @@
 // File names as text.
 #include "services/files/path_names.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -67,24 +66,20 @@ OwnedText parent_directory(const qm_wchar* path) {
 }
 
 void normalise_path(qm_wchar* path) {
-  qm_wchar* end = path + WideView(path).size();
-  std::replace(path, end, kSlash, kBackslash);
-
-  if (path != end) {
-    const auto second_of_two = [](qm_wchar a, qm_wchar b) {
-      return a == kBackslash && b == kBackslash;
-    };
-    end = std::unique(path + 1, end, second_of_two);
-    *end = 0;
+  qm_wchar* end = path;
+  for (const qm_wchar* from = path; *from != 0; ++from) {
+    const qm_wchar c = *from == kSlash ? kBackslash : *from;
+    const bool repeats = c == kBackslash && end > path + 1 && end[-1] == kBackslash;
+    if (!repeats) *end++ = c;
   }
 
   const WideView text(path, static_cast<std::size_t>(end - path));
-  if (!text.empty() && text.back() == kBackslash && path_root_length(text) < text.size()) --end;
+  if (text.ends_with(kBackslash) && path_root_length(text) < text.size()) --end;
 
   // A dot goes when two more follow it, looked at in the text as it was.
   qm_wchar* to = path;
   for (const qm_wchar* from = path; from != end; ++from) {
-    const bool goes = end - from >= 3 && from[0] == '.' && from[1] == '.' && from[2] == '.';
+    const bool goes = from[0] == '.' && end - from >= 3 && from[1] == '.' && from[2] == '.';
     if (!goes) *to++ = *from;
   }
   *to = 0;
