@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <string>
 
 #include "include/qmsd7.h"
+#include "kernel/base/rw_lock.h"
 #include "kernel/entry/lifecycle.h"
 #include "services/files/wildcard.h"
 
@@ -75,16 +75,17 @@ BENCHMARK(match_with_the_kernel);
 
 // ---- Joining a slot and giving it back ---------------------------------------------------------
 
-void two_uncontended_locks(benchmark::State& state) {
-  std::mutex first;
-  std::mutex second;
+// Joining takes the slots' lock as a reader, releasing takes it as a writer.
+void four_pairs_of_lock_and_unlock(benchmark::State& state) {
+  qmsd::RwLock lock(qmsd::LockRank::slots);
   for (auto _ : state) {
-    { const std::lock_guard guard(first); }
-    { const std::lock_guard guard(second); }
-    benchmark::ClobberMemory();
+    for (int i = 0; i < 2; ++i) {
+      { const qmsd::ReadGuard guard(lock); }
+      { const qmsd::WriteGuard guard(lock); }
+    }
   }
 }
-BENCHMARK(two_uncontended_locks);
+BENCHMARK(four_pairs_of_lock_and_unlock);
 
 void join_and_release(benchmark::State& state) {
   qm_slot created{};
