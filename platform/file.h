@@ -41,7 +41,7 @@ class InputFile {
   int descriptor_ = -1;
 };
 
-// A file whose contents are replaced, byte by byte as they are given; closed at the end of its life.
+// A file whose contents are replaced, byte by byte as they are; closed at the end of its life.
 class OutputFile {
  public:
   OutputFile() noexcept = default;

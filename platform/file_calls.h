@@ -17,7 +17,7 @@ bool os_remove_file(const qm_wchar* path);
 
 // -1 on failure.
 int os_open_for_reading(const qm_wchar* path);
-std::int64_t os_size(int descriptor);  // the position stays
+std::int64_t os_size(int descriptor);                                   // the position stays
 std::int64_t os_read(int descriptor, void* buffer, std::size_t bytes);  // 0 at the end
 void os_close(int descriptor);
 
