@@ -27,22 +27,20 @@ qm_variant::~qm_variant() {
     qmsd::platform::heap_free(value_.block.bytes);
   }
   qmsd::platform::heap_free(codes_);
-  qmsd::platform::heap_free(name_);
+  if (name_ != nullptr) name_->drop_reference();
   qmsd::platform::heap_free(attributes_);
+}
+
+const qm_wchar* qm_variant::name() const noexcept {
+  return name_ == nullptr ? nullptr : name_->text();
 }
 
 bool qm_variant::set_name(const qm_wchar* name) {
   if (name == nullptr) return true;
   const qmsd::WideView text(name);
-  name_ = qmsd::copy_text(text).release();
+  name_ = qmsd::Name::make(text);
   name_hash_ = qmsd::name_hash(text);
   return name_ != nullptr;
-}
-
-bool qm_variant::is_named(const std::optional<qmsd::WideView>& name,
-                          std::uint32_t hash) const noexcept {
-  if (name_hash_ != hash || (name_ != nullptr) != name.has_value()) return false;
-  return !name || qmsd::WideView(name_) == *name;
 }
 
 std::int32_t qm_variant::item_count() const noexcept {
@@ -79,6 +77,14 @@ std::span<std::byte> qm_variant::data() noexcept {
   return {value_.block.bytes, bytes.size()};
 }
 
+std::string_view qm_variant::narrow_text() const noexcept {
+  return reinterpret_cast<const char*>(value_.block.bytes);
+}
+
+qmsd::WideView qm_variant::wide_text() const noexcept {
+  return reinterpret_cast<const qm_wchar*>(value_.block.bytes);
+}
+
 qmsd::ObjectOwner qm_variant::object() const noexcept {
   return {static_cast<std::uint32_t>(value_.block.object),
           value_.block.module,
@@ -111,8 +117,13 @@ void qm_variant::become_object(std::int32_t size, std::uint32_t value, qmsd::Own
 qmsd::platform::HeapOwner<qm_variant> qm_variant::copy_without_children() const {
   using qmsd::Kind;
   auto copy = qmsd::platform::heap_new<qm_variant>();
-  if (!copy || !copy->set_name(name_)) return nullptr;
+  if (!copy) return nullptr;
   copy->id_ = id_;
+  if (name_ != nullptr) {
+    name_->add_reference();
+    copy->name_ = name_;
+    copy->name_hash_ = name_hash_;
+  }
   switch (kind()) {
     case Kind::scalar:
       copy->become_scalar(type_, size_, value_.bits);
@@ -166,7 +177,12 @@ void qm_variant::add_reference_if_alive() noexcept {
 }
 
 std::int32_t qm_variant::drop_reference() noexcept {
-  std::int32_t count = references();
+  std::int32_t count = references_.load(std::memory_order_acquire);
+  if (count == 1) {
+    // Whoever holds the only reference shares the variant with no other thread.
+    references_.store(0, std::memory_order_relaxed);
+    return count;
+  }
   while (count > 0 &&
          !references_.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel)) {
   }

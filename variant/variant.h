@@ -2,17 +2,20 @@
 // records no errors. All its memory is kernel heap.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 
 #include "include/qmsd7.h"
 #include "platform/heap.h"
 #include "services/text/text.h"
 #include "variant/child_list.h"
+#include "variant/name.h"
 #include "variant/types.h"
 
 namespace qmsd {
@@ -43,10 +46,15 @@ struct qm_variant {
   std::int32_t type() const noexcept { return type_; }
   std::int32_t size() const noexcept { return size_; }
   qmsd::Kind kind() const noexcept { return qmsd::kind_of(type_); }
-  const qm_wchar* name() const noexcept { return name_; }  // null for none
-  std::uint32_t name_hash() const noexcept { return name_hash_; }
+  const qm_wchar* name() const noexcept;  // null for none
   // No name is matched by unnamed variants only. The hash belongs to the name.
-  bool is_named(const std::optional<qmsd::WideView>& name, std::uint32_t hash) const noexcept;
+  bool is_named(const std::optional<qmsd::WideView>& name, std::uint32_t hash) const noexcept {
+    if (name_hash_ != hash) return false;
+    if (name_ == nullptr || !name) return name_ == nullptr && !name;
+    // Names with the same hash mostly begin alike, so they are told apart from behind.
+    const qmsd::WideView own = name_->view();
+    return own.size() == name->size() && std::equal(own.rbegin(), own.rend(), name->rbegin());
+  }
   // What the information call reports: elements, items, or 1 for other values.
   std::int32_t item_count() const noexcept;
 
@@ -55,6 +63,9 @@ struct qm_variant {
   // Arrays, binaries and texts: the stored bytes, a text's terminator included.
   std::span<const std::byte> data() const noexcept;
   std::span<std::byte> data() noexcept;
+  // Texts of either kind: the characters up to the first terminator.
+  std::string_view narrow_text() const noexcept;
+  qmsd::WideView wide_text() const noexcept;
   qmsd::ObjectOwner object() const noexcept;
 
   qmsd::ChildList items() noexcept { return {value_.block.items, size_}; }
@@ -113,7 +124,7 @@ struct qm_variant {
   std::uint32_t* codes_ = nullptr;
   std::uint32_t name_hash_ = 0xFFFFFFFF;
   union {
-    qm_wchar* name_ = nullptr;
+    qmsd::Name* name_ = nullptr;
     qm_variant* next_dead_;  // once the last reference has gone
   };
   qm_variant** attributes_ = nullptr;
