@@ -1,9 +1,12 @@
 // The map from sources to copies.
 #include "variant/copy_map.h"
 
-#include <utility>
-
 namespace qmsd {
+namespace {
+
+constexpr std::size_t kFirstBuckets = 64;
+
+}  // namespace
 
 // Fibonacci hashing; variants lie at least 16 bytes apart.
 std::size_t CopyMap::bucket_of(const qm_variant* source) const noexcept {
@@ -26,22 +29,28 @@ void CopyMap::enter(std::uint32_t position) noexcept {
   index_[at] = position + 1;
 }
 
-bool CopyMap::grow_index() {
-  const std::size_t wanted = buckets_ == 0 ? 64 : buckets_ * 2;
-  void* memory = platform::heap_allocate_zeroed(wanted * sizeof(std::uint32_t));
-  if (memory == nullptr) return false;
-  index_.reset(static_cast<std::uint32_t*>(memory));
+// Doubles both parts; when the second cannot grow, the first has more room than it needs.
+bool CopyMap::grow() {
+  const std::size_t wanted = buckets_ == 0 ? kFirstBuckets : buckets_ * 2;
+  void* pairs = platform::heap_reallocate(pairs_.get(), wanted / 2 * sizeof(Pair));
+  if (pairs == nullptr) return false;
+  (void)pairs_.release();  // moved
+  pairs_.reset(static_cast<Pair*>(pairs));
+  void* index = platform::heap_allocate_zeroed(wanted * sizeof(std::uint32_t));
+  if (index == nullptr) return false;
+  index_.reset(static_cast<std::uint32_t*>(index));
   buckets_ = wanted;
-  for (std::size_t position = 0; position < pairs_.size(); ++position) {
+  for (std::size_t position = 0; position < size_; ++position) {
     enter(static_cast<std::uint32_t>(position));
   }
   return true;
 }
 
 bool CopyMap::add(qm_variant* source, qm_variant* copy) {
-  if (pairs_.size() * 2 >= buckets_ && !grow_index()) return false;
-  if (!pairs_.append({source, copy})) return false;
-  enter(static_cast<std::uint32_t>(pairs_.size() - 1));
+  if (size_ * 2 >= buckets_ && !grow()) return false;
+  pairs_[size_] = {source, copy};
+  enter(static_cast<std::uint32_t>(size_));
+  ++size_;
   return true;
 }
 

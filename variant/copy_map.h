@@ -7,7 +7,6 @@
 #include <memory>
 
 #include "include/qmsd7.h"
-#include "kernel/base/growable_array.h"
 #include "platform/heap.h"
 
 namespace qmsd {
@@ -24,15 +23,16 @@ class CopyMap {
   // False when memory is exhausted. The source has no copy yet.
   bool add(qm_variant* source, qm_variant* copy);
 
-  std::size_t size() const noexcept { return pairs_.size(); }
+  std::size_t size() const noexcept { return size_; }
   const Pair& operator[](std::size_t at) const noexcept { return pairs_[at]; }
 
  private:
-  bool grow_index();
-  void enter(std::uint32_t at) noexcept;
+  bool grow();
+  void enter(std::uint32_t position) noexcept;
   std::size_t bucket_of(const qm_variant* source) const noexcept;
 
-  GrowableArray<Pair, 64> pairs_;
+  std::unique_ptr<Pair[], platform::HeapFree> pairs_;  // room for half as many as there are buckets
+  std::size_t size_ = 0;
   // Open addressing: 1 + position in pairs_, 0 for free. A power of two, at most half full.
   std::unique_ptr<std::uint32_t[], platform::HeapFree> index_;
   std::size_t buckets_ = 0;
