@@ -19,9 +19,11 @@ inline constexpr std::array<std::uint32_t, 256> kCrc32Table = [] {
 }();
 
 // The register starts at the inverted start value, so a checksum goes on from an earlier one.
-constexpr std::uint32_t crc32(std::span<const std::uint8_t> bytes, std::uint32_t start = 0) {
+constexpr std::uint32_t crc32(std::span<const std::byte> bytes, std::uint32_t start = 0) {
   std::uint32_t crc = ~start;
-  for (const std::uint8_t byte : bytes) crc = (crc >> 8) ^ kCrc32Table[(crc ^ byte) & 0xFF];
+  for (const std::byte byte : bytes) {
+    crc = (crc >> 8) ^ kCrc32Table[(crc ^ std::to_integer<std::uint32_t>(byte)) & 0xFF];
+  }
   return ~crc;
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <span>
+
 #include "tests/support/wide_text.h"
 #include "variant/crc32.h"
 
@@ -9,7 +11,7 @@ namespace qmsd {
 namespace {
 
 std::uint32_t checksum(std::string_view text, std::uint32_t start = 0) {
-  return crc32({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, start);
+  return crc32(std::as_bytes(std::span(text)), start);
 }
 
 TEST(Crc32, HasItsCheckValue) {
