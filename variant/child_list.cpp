@@ -19,6 +19,27 @@ std::optional<WideView> optional_view(const qm_wchar* text) {
   return text == nullptr ? std::nullopt : std::optional<WideView>(text);
 }
 
+using Children = std::span<qm_variant* const>;
+
+// The index-th match, counting from 0, or the count.
+template <class Matches>
+std::int32_t nth(Children children, std::int32_t index, Matches matches) {
+  std::int32_t at = 0;
+  for (const qm_variant* child : children) {
+    if (matches(*child) && index-- == 0) break;
+    ++at;
+  }
+  return at;
+}
+
+// The first match at or behind the index; the count or more when there is none.
+template <class Matches>
+std::int32_t first_from(Children children, std::int32_t index, Matches matches) {
+  auto at = static_cast<std::size_t>(index);
+  while (at < children.size() && !matches(*children[at])) ++at;
+  return static_cast<std::int32_t>(at);
+}
+
 }  // namespace
 
 ChildQuery::ChildQuery(const qm_variant_child& request)
@@ -35,49 +56,29 @@ ChildQuery::ChildQuery(std::uint32_t flags, std::int32_t id, std::int32_t index,
 bool ChildQuery::names(const qm_variant& child) const { return child.is_named(name_, hash_); }
 bool ChildQuery::identifies(const qm_variant& child) const { return child.id() == id_; }
 
-std::span<qm_variant* const> ChildList::entries() const noexcept {
-  return {entries_, static_cast<std::size_t>(count_)};
-}
-
-// The index-th match, counting from 0, or the count.
-std::int32_t ChildList::nth(const ChildQuery& query,
-                            bool (ChildQuery::*matches)(const qm_variant&) const) const {
-  std::int32_t to_skip = query.index();
-  for (std::int32_t at = 0; at < count_; ++at) {
-    if ((query.*matches)(*entries_[at]) && to_skip-- == 0) return at;
-  }
-  return count_;
-}
-
-// The first match at or behind the index, or the count.
-std::int32_t ChildList::first_from(const ChildQuery& query,
-                                   bool (ChildQuery::*matches)(const qm_variant&) const) const {
-  for (std::int32_t at = query.index(); at < count_; ++at) {
-    if ((query.*matches)(*entries_[at])) return at;
-  }
-  return count_;
-}
-
 bool ChildList::find(const ChildQuery& query, std::int32_t& position) const {
-  if (query.index() < 0) return fail(QM_ERROR_ARGUMENT, QM_W("(ix)"));
+  const auto names = [&query](const qm_variant& child) { return query.names(child); };
+  const auto identifies = [&query](const qm_variant& child) { return query.identifies(child); };
+  const std::int32_t index = query.index();
+  if (index < 0) return fail(QM_ERROR_ARGUMENT, QM_W("(ix)"));
   if (query.has(QM_FIND_LAST)) {
     position = std::max(count_ - 1, 0);
   } else if (query.has(QM_FIND_NTH_OF_ID)) {
-    position = nth(query, &ChildQuery::identifies);
+    position = nth(entries(), index, identifies);
   } else if (query.has(QM_FIND_NTH_OF_NAME)) {
-    position = nth(query, &ChildQuery::names);
+    position = nth(entries(), index, names);
   } else if (query.has(QM_FIND_NAME_FROM)) {
-    position = first_from(query, &ChildQuery::names);
+    position = first_from(entries(), index, names);
   } else if (query.has(QM_FIND_ID_FROM)) {
-    position = first_from(query, &ChildQuery::identifies);
+    position = first_from(entries(), index, identifies);
   } else {
-    position = query.index();
+    position = index;
   }
   return true;
 }
 
 bool ChildList::find_child(const ChildQuery& query, std::int32_t& position) const {
-  std::int32_t found;
+  std::int32_t found = 0;
   if (!find(query, found)) return false;
   if (found >= count_) return fail(QM_ERROR_NOT_FOUND);
   position = found;
@@ -85,14 +86,14 @@ bool ChildList::find_child(const ChildQuery& query, std::int32_t& position) cons
 }
 
 bool ChildList::find_place(const ChildQuery& query, std::int32_t& position) const {
-  std::int32_t place;
+  std::int32_t place = 0;
   if (!find(query, place)) return false;
   if (query.has(QM_FIND_LAST)) {
     place = count_;
   } else if (query.has(QM_INSERT_AFTER) && place < count_) {
     ++place;
   }
-  if (place > count_) return fail(QM_ERROR_ARGUMENT, QM_W("(ix)"));
+  if (place > count_) return refuse(QM_W("(ix)"));
   position = place;
   return true;
 }

@@ -2,6 +2,7 @@
 // one finder by which children are selected.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -23,6 +24,7 @@ class ChildQuery {
   bool has(std::uint32_t flag) const { return (flags_ & flag) != 0; }
   // The index counts only when it was announced.
   std::int32_t index() const { return has(QM_FIND_INDEX) ? index_ : 0; }
+  void set_index(std::int32_t index) { index_ = index; }
 
  private:
   std::uint32_t flags_;
@@ -40,7 +42,9 @@ class ChildList {
 
   std::int32_t count() const noexcept { return count_; }
   qm_variant* operator[](std::int32_t at) const noexcept { return entries_[at]; }
-  std::span<qm_variant* const> entries() const noexcept;
+  std::span<qm_variant* const> entries() const noexcept {
+    return {entries_, static_cast<std::size_t>(count_)};
+  }
 
   // The position that the query selects; the count or more when there is no such child, so that the
   // caller can tell "not there" from "behind the end". Records "(ix)" and fails for a negative
@@ -62,11 +66,6 @@ class ChildList {
   qm_variant* remove(std::int32_t position);
 
  private:
-  std::int32_t nth(const ChildQuery& query,
-                   bool (ChildQuery::*matches)(const qm_variant&) const) const;
-  std::int32_t first_from(const ChildQuery& query,
-                          bool (ChildQuery::*matches)(const qm_variant&) const) const;
-
   qm_variant**& entries_;
   std::int32_t& count_;
 };

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <iterator>
 
 #include "kernel/errors/error_calls.h"
 #include "kernel/errors/error_state.h"
@@ -19,79 +19,99 @@
 namespace qmsd {
 namespace {
 
-// The value of a step, tested against candidates; the scratch text holds a candidate's value.
-class ValueTest {
+// Room for a candidate's value, long enough for every text that a path of that length can ask for.
+class Scratch {
  public:
-  ValueTest(qm_wchar* scratch, std::size_t length) : scratch_(scratch), length_(length) {}
+  explicit Scratch(std::size_t path_length) : length_(path_length + kRoom) {
+    if (length_ > std::size(near_)) {
+      far_.reset(static_cast<qm_wchar*>(platform::heap_allocate(length_ * sizeof(qm_wchar))));
+    }
+  }
 
-  // A value that cannot be read does not match, and its error is of no interest.
-  bool matches(qm_variant& child, const PathStep& step) const {
-    const SavedError error;
-    return step.value == PathStep::Value::text ? is_text(child, step.text)
-                                               : is_integer(child, step.integer);
+  // Null when memory is exhausted.
+  qm_wchar* text() noexcept { return length_ > std::size(near_) ? far_.get() : near_; }
+  std::int32_t bytes() const noexcept {
+    return static_cast<std::int32_t>(length_ * sizeof(qm_wchar));
   }
 
  private:
-  bool is_text(qm_variant& child, WideView wanted) const {
-    // A value without width writes nothing.
-    scratch_[0] = 0;
-    const auto bytes = static_cast<std::int32_t>(length_ * sizeof(qm_wchar));
-    qm_variant_convert reading{&child, 0, QM_TYPE_WIDE_TEXT, bytes, 1, scratch_, bytes};
-    return convert_variant(reading) && WideView(scratch_) == wanted;
-  }
-  static bool is_integer(qm_variant& child, std::int32_t wanted) {
-    std::int32_t value = 0;
-    qm_variant_convert reading{&child, 0, QM_TYPE_SIGNED, sizeof value, 1, &value, sizeof value};
-    return convert_variant(reading) && value == wanted;
-  }
+  static constexpr std::size_t kRoom = 10;
 
-  qm_wchar* scratch_;
-  std::size_t length_;
+  const std::size_t length_;
+  qm_wchar near_[128];
+  OwnedText far_;  // for the paths that are longer
 };
 
-// What the finder is asked for; with a value the search goes on from `from`.
-ChildQuery query_of(const PathStep& step, std::int32_t from) {
-  const bool searching = step.value != PathStep::Value::any;
-  const std::int32_t index = searching ? from : step.index;
-  std::uint32_t flags = searching || step.has_index ? QM_FIND_INDEX : 0;
-  std::optional<WideView> name;
-  switch (step.child) {
-    case PathStep::Child::by_id:
-      flags |= searching ? QM_FIND_ID_FROM : QM_FIND_NTH_OF_ID;
-      break;
-    case PathStep::Child::by_name:
-      flags |= searching ? QM_FIND_NAME_FROM : QM_FIND_NTH_OF_NAME;
-      name = step.name;
-      break;
-    case PathStep::Child::any:
-      flags |= QM_FIND_INDEX;
-      break;
-  }
-  return ChildQuery(flags, step.id, index, name);
+bool has_text(qm_variant& child, WideView wanted, Scratch& scratch) {
+  qm_wchar* text = scratch.text();
+  // A value without width writes nothing.
+  text[0] = 0;
+  qm_variant_convert reading{&child, 0,    QM_TYPE_WIDE_TEXT, scratch.bytes(),
+                             1,      text, scratch.bytes()};
+  return convert_variant(reading) && WideView(text) == wanted;
 }
 
-// The child that a step selects; null with an error.
-qm_variant* select(const ChildList& list, const PathStep& step, const ValueTest& values) {
+bool has_integer(qm_variant& child, std::int32_t wanted) {
+  std::int32_t value = 0;
+  qm_variant_convert reading{&child, 0, QM_TYPE_SIGNED, sizeof value, 1, &value, sizeof value};
+  return convert_variant(reading) && value == wanted;
+}
+
+// A value that cannot be read does not match, and its error is of no interest.
+bool has_value(qm_variant& child, const PathStep& step, Scratch& scratch) {
+  const SavedError error;
+  return step.value == PathStep::Value::text ? has_text(child, step.text, scratch)
+                                             : has_integer(child, step.integer);
+}
+
+// What the finder is asked for; a search for a value tries the children one by one.
+ChildQuery query_of(const PathStep& step) {
+  const bool searching = step.value != PathStep::Value::any;
+  const std::uint32_t index = searching || step.has_index ? QM_FIND_INDEX : 0;
+  switch (step.child) {
+    case PathStep::Child::by_id:
+      return {index | (searching ? QM_FIND_ID_FROM : QM_FIND_NTH_OF_ID), step.id, step.index, {}};
+    case PathStep::Child::by_name:
+      return {index | (searching ? QM_FIND_NAME_FROM : QM_FIND_NTH_OF_NAME), 0, step.index,
+              step.name};
+    default:
+      return {QM_FIND_INDEX, 0, step.index, {}};
+  }
+}
+
+// Null, with an error, for a child that nobody holds any more.
+qm_variant* check_alive(qm_variant* child) {
+  if (child->references() >= 1) return child;
+  refuse(QM_W("(ref=%i)"), child->references());
+  return nullptr;
+}
+
+// The child with the step's value; null with an error.
+qm_variant* search(const ChildList& list, const PathStep& step, Scratch& scratch) {
+  ChildQuery query = query_of(step);
   std::int32_t to_skip = step.index;
   for (std::int32_t from = 0;; ++from) {
-    if (!list.find_child(query_of(step, from), from)) return nullptr;
-    qm_variant* candidate = list[from];
-    const std::int32_t references = candidate->references();
-    if (references < 1) {
-      refuse(QM_W("(ref=%i)"), references);
-      return nullptr;
-    }
-    if (step.value == PathStep::Value::any) return candidate;
-    if (!values.matches(*candidate, step)) continue;
+    query.set_index(from);
+    if (!list.find_child(query, from)) return nullptr;
+    qm_variant* candidate = check_alive(list[from]);
+    if (candidate == nullptr) return nullptr;
+    if (!has_value(*candidate, step, scratch)) continue;
     if (to_skip == 0) return candidate;
     // A negative index never comes to its end.
     if (to_skip > 0) --to_skip;
   }
 }
 
-qm_variant* take_step(qm_variant& parent, const PathStep& step, const ValueTest& values) {
-  if (!step.in_items) return select(parent.attributes(), step, values);
-  if (parent.kind() == Kind::container) return select(parent.items(), step, values);
+// The child that a step selects; null with an error.
+qm_variant* select(const ChildList& list, const PathStep& step, Scratch& scratch) {
+  if (step.value != PathStep::Value::any) return search(list, step, scratch);
+  std::int32_t position = 0;
+  return list.find_child(query_of(step), position) ? check_alive(list[position]) : nullptr;
+}
+
+qm_variant* take_step(qm_variant& parent, const PathStep& step, Scratch& scratch) {
+  if (!step.in_items) return select(parent.attributes(), step, scratch);
+  if (parent.kind() == Kind::container) return select(parent.items(), step, scratch);
   refuse(QM_W("(type)"));
   return nullptr;
 }
@@ -104,32 +124,64 @@ void add_position(std::int32_t position) {
   fail(error.code, QM_W("%ls (pos=%i)"), message, position);
 }
 
-template <class Record>
-bool check_path(const Record& record) {
+// A path in wide text: the caller's own, or a wide form of it.
+class WidePath {
+ public:
+  explicit WidePath(const qm_wchar* path) : text_(path) {}
+  explicit WidePath(const char* path) : wide_(wcs_from_mbs_alloc(path)), text_(wide_.get()) {
+    if (text_ == nullptr) fail(QM_ERROR_NO_MEMORY, QM_W("(mem or char coding)"));
+  }
+
+  // Null, with an error recorded, for a path that cannot be widened.
+  const qm_wchar* text() const noexcept { return text_; }
+
+ private:
+  OwnedText wide_;
+  const qm_wchar* text_;
+};
+
+// Looks the record's path up and hands what it leads to to `use`, under the lock.
+template <class Record, class Use>
+bool with_target(const Record& record, Use use) {
   if (record.path == nullptr) return refuse(QM_W("(path)"));
-  return record.root != nullptr || refuse(QM_W("(root)"));
+  if (record.root == nullptr) return refuse(QM_W("(root)"));
+  const WidePath path(record.path);
+  if (path.text() == nullptr) return false;
+  const VariantsReadGuard guard;
+  qm_variant* found = find_by_path(record.root, path.text());
+  return found != nullptr && use(*found);
 }
 
-// The path in wide form; null with an error.
-OwnedText widen_path(const char* path) {
-  OwnedText wide = wcs_from_mbs_alloc(path);
-  if (!wide) fail(QM_ERROR_NO_MEMORY, QM_W("(mem or char coding)"));
-  return wide;
+template <class Record>
+bool find(Record& record) {
+  return with_target(record, [&record](qm_variant& found) {
+    found.add_reference();
+    record.result = &found;
+    return true;
+  });
+}
+
+template <class Record>
+bool read_value(Record& record) {
+  return with_target(record, [&record](qm_variant& found) {
+    qm_variant_convert reading{&found,       record.id,     record.type,    record.size,
+                               record.count, record.target, record.capacity};
+    if (!convert_variant(reading)) return false;
+    record.id = reading.id;
+    record.size = reading.size;
+    return true;
+  });
 }
 
 }  // namespace
 
 qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
-  constexpr std::size_t kRoom = 10;
   const WideView text(path);
-  const std::size_t length = text.size() + kRoom;
-  const OwnedText scratch(
-      static_cast<qm_wchar*>(platform::heap_allocate(length * sizeof(qm_wchar))));
-  if (!scratch) {
+  Scratch scratch(text.size());
+  if (scratch.text() == nullptr) {
     fail(QM_ERROR_NO_MEMORY);
     return nullptr;
   }
-  const ValueTest values(scratch.get(), length);
   PathParser parser(text);
   qm_variant* current = root;
   PathStep step;
@@ -142,7 +194,7 @@ qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
         current = nullptr;
         break;
       case PathParser::Result::step:
-        current = take_step(*current, step, values);
+        current = take_step(*current, step, scratch);
         break;
     }
     if (current == nullptr) {
@@ -152,49 +204,9 @@ qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
   }
 }
 
-bool variant_path_wide(qm_variant_path_w& record) {
-  if (!check_path(record)) return false;
-  const VariantsReadGuard guard;
-  qm_variant* found = find_by_path(record.root, record.path);
-  if (found == nullptr) return false;
-  found->add_reference();
-  record.result = found;
-  return true;
-}
-
-bool variant_path_narrow(qm_variant_path_a& record) {
-  if (!check_path(record)) return false;
-  const OwnedText path = widen_path(record.path);
-  if (!path) return false;
-  qm_variant_path_w wide{record.root, path.get(), nullptr};
-  if (!variant_path_wide(wide)) return false;
-  record.result = wide.result;
-  return true;
-}
-
-bool variant_path_value_wide(qm_variant_path_value_w& record) {
-  if (!check_path(record)) return false;
-  const VariantsReadGuard guard;
-  qm_variant* found = find_by_path(record.root, record.path);
-  if (found == nullptr) return false;
-  qm_variant_convert reading{found,        record.id,     record.type,    record.size,
-                             record.count, record.target, record.capacity};
-  if (!convert_variant(reading)) return false;
-  record.id = reading.id;
-  record.size = reading.size;
-  return true;
-}
-
-bool variant_path_value_narrow(qm_variant_path_value_a& record) {
-  if (!check_path(record)) return false;
-  const OwnedText path = widen_path(record.path);
-  if (!path) return false;
-  qm_variant_path_value_w wide{record.root, path.get(),   record.id,     record.type,
-                               record.size, record.count, record.target, record.capacity};
-  if (!variant_path_value_wide(wide)) return false;
-  record.id = wide.id;
-  record.size = wide.size;
-  return true;
-}
+bool variant_path_wide(qm_variant_path_w& record) { return find(record); }
+bool variant_path_narrow(qm_variant_path_a& record) { return find(record); }
+bool variant_path_value_wide(qm_variant_path_value_w& record) { return read_value(record); }
+bool variant_path_value_narrow(qm_variant_path_value_a& record) { return read_value(record); }
 
 }  // namespace qmsd
