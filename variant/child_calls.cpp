@@ -34,23 +34,28 @@ void report(qm_variant_child& record, const qm_variant& child, std::int32_t posi
   record.index = position;
 }
 
-// The list and the position of the child that the record selects.
-std::optional<ChildList> select(const qm_variant_child& record, Which which,
-                                std::int32_t& position) {
-  auto list = list_of(record.holder, which);
-  if (list && !list->find_child(ChildQuery(record), position)) return std::nullopt;
-  return list;
+struct Selection {
+  ChildList list;
+  std::int32_t position;
+};
+
+// Where the child is that the record selects.
+std::optional<Selection> select(const qm_variant_child& record, Which which) {
+  const auto list = list_of(record.holder, which);
+  if (!list) return std::nullopt;
+  const auto position = list->find_child(ChildQuery(record));
+  if (!position) return std::nullopt;
+  return Selection{*list, *position};
 }
 
 enum class Reference { add, none };
 
 bool get(qm_variant_child& record, Which which, Reference reference) {
   const VariantsReadGuard guard;
-  std::int32_t position;
-  const auto list = select(record, which, position);
-  if (!list) return false;
-  qm_variant* child = (*list)[position];
-  report(record, *child, position);
+  const auto selection = select(record, which);
+  if (!selection) return false;
+  qm_variant* child = selection->list[selection->position];
+  report(record, *child, selection->position);
   record.child = nullptr;
   if (reference == Reference::add) {
     child->add_reference();
@@ -62,11 +67,10 @@ bool get(qm_variant_child& record, Which which, Reference reference) {
 // The removed child, with the list's reference, goes to the record.
 bool take(qm_variant_child& record, Which which) {
   const VariantsWriteGuard guard;
-  std::int32_t position;
-  auto list = select(record, which, position);
-  if (!list) return false;
-  record.child = list->remove(position);
-  report(record, *record.child, position);
+  auto selection = select(record, which);
+  if (!selection) return false;
+  record.child = selection->list.remove(selection->position);
+  report(record, *record.child, selection->position);
   return true;
 }
 
@@ -83,10 +87,9 @@ bool insert(qm_variant_child& record, Which which) {
   auto list = list_of(record.holder, which);
   if (!list) return false;
   if (record.child == nullptr) return refuse(QM_W("(item)"));
-  std::int32_t place;
-  if (!list->find_place(ChildQuery(record), place)) return false;
-  if (!list->insert(place, *record.child)) return false;
-  report(record, *record.child, place);
+  const auto place = list->find_place(ChildQuery(record));
+  if (!place || !list->insert(*place, *record.child)) return false;
+  report(record, *record.child, *place);
   return true;
 }
 
@@ -98,11 +101,11 @@ bool count_named(qm_variant_child& record, Which which) {
   qm_variant_child by_name = record;
   by_name.flags = (record.flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM;
   const ChildQuery query(by_name);
-  std::int32_t first;
-  if (!list->find(query, first)) return false;
+  const auto first = list->find(query);
+  if (!first) return false;
   std::int32_t matches = 0;
   for (const qm_variant* child : list->entries()) matches += query.names(*child) ? 1 : 0;
-  record.index = first < list->count() ? first : -1;
+  record.index = *first < list->count() ? *first : -1;
   record.id = matches;
   record.child = nullptr;
   return true;

@@ -56,46 +56,40 @@ ChildQuery::ChildQuery(std::uint32_t flags, std::int32_t id, std::int32_t index,
 bool ChildQuery::names(const qm_variant& child) const { return child.is_named(name_, hash_); }
 bool ChildQuery::identifies(const qm_variant& child) const { return child.id() == id_; }
 
-bool ChildList::find(const ChildQuery& query, std::int32_t& position) const {
+std::optional<std::int32_t> ChildList::find(const ChildQuery& query) const {
   const auto names = [&query](const qm_variant& child) { return query.names(child); };
   const auto identifies = [&query](const qm_variant& child) { return query.identifies(child); };
   const std::int32_t index = query.index();
-  if (index < 0) return fail(QM_ERROR_ARGUMENT, QM_W("(ix)"));
-  if (query.has(QM_FIND_LAST)) {
-    position = std::max(count_ - 1, 0);
-  } else if (query.has(QM_FIND_NTH_OF_ID)) {
-    position = nth(entries(), index, identifies);
-  } else if (query.has(QM_FIND_NTH_OF_NAME)) {
-    position = nth(entries(), index, names);
-  } else if (query.has(QM_FIND_NAME_FROM)) {
-    position = first_from(entries(), index, names);
-  } else if (query.has(QM_FIND_ID_FROM)) {
-    position = first_from(entries(), index, identifies);
-  } else {
-    position = index;
+  if (index < 0) {
+    refuse(QM_W("(ix)"));
+    return std::nullopt;
   }
-  return true;
+  if (query.has(QM_FIND_LAST)) return std::max(count_ - 1, 0);
+  if (query.has(QM_FIND_NTH_OF_ID)) return nth(entries(), index, identifies);
+  if (query.has(QM_FIND_NTH_OF_NAME)) return nth(entries(), index, names);
+  if (query.has(QM_FIND_NAME_FROM)) return first_from(entries(), index, names);
+  if (query.has(QM_FIND_ID_FROM)) return first_from(entries(), index, identifies);
+  return index;
 }
 
-bool ChildList::find_child(const ChildQuery& query, std::int32_t& position) const {
-  std::int32_t found = 0;
-  if (!find(query, found)) return false;
-  if (found >= count_) return fail(QM_ERROR_NOT_FOUND);
-  position = found;
-  return true;
+std::optional<std::int32_t> ChildList::find_child(const ChildQuery& query) const {
+  const auto position = find(query);
+  if (position && *position >= count_) {
+    fail(QM_ERROR_NOT_FOUND);
+    return std::nullopt;
+  }
+  return position;
 }
 
-bool ChildList::find_place(const ChildQuery& query, std::int32_t& position) const {
-  std::int32_t place = 0;
-  if (!find(query, place)) return false;
-  if (query.has(QM_FIND_LAST)) {
-    place = count_;
-  } else if (query.has(QM_INSERT_AFTER) && place < count_) {
-    ++place;
+std::optional<std::int32_t> ChildList::find_place(const ChildQuery& query) const {
+  const auto found = find(query);
+  if (!found) return found;
+  if (query.has(QM_FIND_LAST)) return count_;
+  if (*found > count_) {
+    refuse(QM_W("(ix)"));
+    return std::nullopt;
   }
-  if (place > count_) return refuse(QM_W("(ix)"));
-  position = place;
-  return true;
+  return query.has(QM_INSERT_AFTER) && *found < count_ ? *found + 1 : *found;
 }
 
 std::int32_t ChildList::position_of(const qm_variant* child) const {

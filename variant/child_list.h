@@ -47,13 +47,12 @@ class ChildList {
   }
 
   // The position that the query selects; the count or more when there is no such child, so that the
-  // caller can tell "not there" from "behind the end". Records "(ix)" and fails for a negative
-  // index.
-  bool find(const ChildQuery& query, std::int32_t& position) const;
+  // caller can tell "not there" from "behind the end". Nothing, with "(ix)", for a negative index.
+  std::optional<std::int32_t> find(const ChildQuery& query) const;
   // The same for looking up: a position without a child is error 2.
-  bool find_child(const ChildQuery& query, std::int32_t& position) const;
+  std::optional<std::int32_t> find_child(const ChildQuery& query) const;
   // Where the query wants a new child; "(ix)" behind the end.
-  bool find_place(const ChildQuery& query, std::int32_t& position) const;
+  std::optional<std::int32_t> find_place(const ChildQuery& query) const;
   // By address; -1 when it is not in the list.
   std::int32_t position_of(const qm_variant* child) const;
 

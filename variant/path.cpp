@@ -90,11 +90,12 @@ qm_variant* check_alive(qm_variant* child) {
 qm_variant* search(const ChildList& list, const PathStep& step, Scratch& scratch) {
   ChildQuery query = query_of(step);
   std::int32_t to_skip = step.index;
-  for (std::int32_t from = 0;; ++from) {
+  for (std::int32_t from = 0;;) {
     query.set_index(from);
-    if (!list.find_child(query, from)) return nullptr;
-    qm_variant* candidate = check_alive(list[from]);
+    const auto position = list.find_child(query);
+    qm_variant* candidate = position ? check_alive(list[*position]) : nullptr;
     if (candidate == nullptr) return nullptr;
+    from = *position + 1;
     if (!has_value(*candidate, step, scratch)) continue;
     if (to_skip == 0) return candidate;
     // A negative index never comes to its end.
@@ -105,8 +106,8 @@ qm_variant* search(const ChildList& list, const PathStep& step, Scratch& scratch
 // The child that a step selects; null with an error.
 qm_variant* select(const ChildList& list, const PathStep& step, Scratch& scratch) {
   if (step.value != PathStep::Value::any) return search(list, step, scratch);
-  std::int32_t position = 0;
-  return list.find_child(query_of(step), position) ? check_alive(list[position]) : nullptr;
+  const auto position = list.find_child(query_of(step));
+  return position ? check_alive(list[*position]) : nullptr;
 }
 
 qm_variant* take_step(qm_variant& parent, const PathStep& step, Scratch& scratch) {
