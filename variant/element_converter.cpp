@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 #include "kernel/errors/error_state.h"
 #include "services/text/numbers.h"
@@ -137,8 +138,11 @@ bool store(From from, void* to, std::int32_t width) {
 template <To Kind, class From>
 std::int32_t write(From from, const ConversionTarget& target, std::int32_t width) {
   if constexpr (Kind == To::text) {
+    // A number may fill its width; a date-time has its terminator within.
+    const std::int32_t room = std::is_same_v<From, Date> ? width - 1 : width;
+    const auto printed = print(from);
     return write_counted(static_cast<char*>(target.buffer), target.capacity, width,
-                         print(from).view());
+                         printed.view().substr(0, static_cast<std::size_t>(room)));
   } else if constexpr (Kind == To::wide_text) {
     if (target.capacity < static_cast<std::int32_t>(sizeof(qm_wchar))) {
       return refuse(QM_W("(tgtlen)"));

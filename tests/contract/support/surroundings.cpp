@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdint>
 #include <cstdlib>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <time.h>
 #include <unistd.h>
 #endif
 
@@ -73,6 +75,18 @@ void set_variable(const std::string& name, const std::optional<std::string>& val
 
 long process_id() { return static_cast<long>(::GetCurrentProcessId()); }
 
+long seconds_behind_utc() {
+  // Counted in steps of 100 nanoseconds.
+  const auto steps = [](const FILETIME& time) {
+    return std::int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+  };
+  FILETIME utc{};
+  FILETIME local{};
+  ::GetSystemTimeAsFileTime(&utc);
+  ::FileTimeToLocalFileTime(&utc, &local);
+  return static_cast<long>((steps(utc) - steps(local)) / 10000000);
+}
+
 #else
 
 std::optional<std::string> variable(const std::string& name) {
@@ -89,6 +103,14 @@ void set_variable(const std::string& name, const std::optional<std::string>& val
 }
 
 long process_id() { return static_cast<long>(::getpid()); }
+
+long seconds_behind_utc() {
+  ::tzset();
+  const time_t now = ::time(nullptr);
+  tm local{};
+  ::localtime_r(&now, &local);
+  return -local.tm_gmtoff;
+}
 
 #endif
 

@@ -56,5 +56,7 @@ class ScopedLocale {
 std::optional<std::string> variable(const std::string& name);
 void set_variable(const std::string& name, const std::optional<std::string>& value);
 long process_id();
+// Seconds to add to the system's local time for UTC, as it is now.
+long seconds_behind_utc();
 
 }  // namespace contract
