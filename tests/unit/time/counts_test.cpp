@@ -87,7 +87,19 @@ TEST(Microseconds, RoundDownBeforeYear1) {
   EXPECT_EQ(date_time_from_microseconds(microseconds_since_year_1(ides)), at(ides, 0, 0));
 }
 
-TEST(Microseconds, AgreeWithSteppingThroughTheDays) {
+TEST(Microseconds, AgreeWithEveryDayOfThirtyFourCenturies) {
+  test::Random random(9);
+  CalendarDate day{-400, 1, 1};
+  std::int64_t midnight = -146'463 * kMicrosecondsPerDay;
+  for (; day.year <= 3000; step(day), midnight += kMicrosecondsPerDay) {
+    const std::int64_t time = random.below(kMicrosecondsPerDay);
+    const DateTime value = with_microseconds(date(day.year, day.month, day.day), time);
+    ASSERT_EQ(date_time_from_microseconds(midnight + time), value);
+    ASSERT_EQ(microseconds_since_year_1(value), value.century() == 0 ? time : midnight + time);
+  }
+}
+
+TEST(Microseconds, AgreeWithRandomDaysOfTheWholeRange) {
   const PlainCalendar plain;
   test::Random random(2);
   const std::int64_t first_day = kFirstMicrosecond / kMicrosecondsPerDay;

@@ -91,6 +91,8 @@ TEST(DayNumber, OutOfRangeGivesTheEmptyValue) {
   const double last = day_number(date(102'399, 12, 31));
   EXPECT_EQ(date_time_from_day_number(first), at(date(-102'400, 1, 1), 0, 0));
   EXPECT_EQ(date_time_from_day_number(last + 0.5), at(date(102'399, 12, 31), 12, 0));
+  const DateTime latest = date_time_from_day_number(std::nextafter(last + 1, 0.0));
+  EXPECT_EQ(latest, at(date(102'399, 12, 31), 23, 59, 59, 999'356));
   const double bad[] = {
       std::nextafter(first, -kInfinity),       last + 1, 1e300, -1e300, kInfinity, -kInfinity,
       std::numeric_limits<double>::quiet_NaN()};

@@ -228,6 +228,17 @@ TEST(Parse, GivesBackEveryPartThatWasPrinted) {
   }
 }
 
+TEST(Parse, GivesBackEveryMicrosecond) {
+  test::Random random(10);
+  for (int i = 0; i < 100'000; ++i) {
+    const DateTime value = with_microseconds(
+        date(100 + random.below(9900), 1 + random.below(12), 1 + random.below(28)),
+        random.below(kMicrosecondsPerDay));
+    const std::string text = formatted(value, "%04Y-%02m-%02d %02H:%02M:%02S.%6Z");
+    ASSERT_EQ(parse_date_time(text), value) << text;
+  }
+}
+
 // The same parser written the long way, over a buffer of classified characters.
 class BufferParser {
  public:
