@@ -89,10 +89,12 @@ bool ModuleTable::publish(ModuleRecord& record, OpenedModule& opened) {
 void ModuleTable::mark_ready(ModuleRecord& record) {
   const WriteGuard guard(lock_);
   record.ready = true;
+  ended_loads_.fetch_add(1);
 }
 
 ModuleOwner ModuleTable::remove(const ModuleRecord& record) {
   const WriteGuard guard(lock_);
+  ended_loads_.fetch_add(1);
   const std::size_t at = position(&record);
   return at < records_.size() ? remove_at(at) : nullptr;
 }

@@ -2,6 +2,7 @@
 // have to go are handed out and destroyed by the caller, who holds no lock.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -38,8 +39,11 @@ class ModuleTable {
   // when another record has the resolved name already.
   bool publish(ModuleRecord& record, OpenedModule& opened);
   void mark_ready(ModuleRecord& record);
-
+  // Takes a record out that did not become ready.
   [[nodiscard]] ModuleOwner remove(const ModuleRecord& record);
+  // How many records have ceased to be loading, counted by both of these.
+  std::uint32_t ended_loads() const { return ended_loads_.load(); }
+
   // The last record in the order of unloading; null when there is none, or the table may be torn.
   [[nodiscard]] ModuleOwner remove_last();
   // Waits for whoever is inside. False when that was given up: killed at process exit, a thread may
@@ -62,6 +66,7 @@ class ModuleTable {
   // Descending by asked name, then by resolved name, records without one last.
   GrowableArray<ModuleRecord*, 16> records_;
   std::uint32_t next_id_ = 1;
+  std::atomic<std::uint32_t> ended_loads_{0};
 };
 
 }  // namespace qmsd

@@ -47,14 +47,20 @@ class BoundedWait {
     if (start_ == kNotStarted) start_ = platform::monotonic_milliseconds();
   }
   bool is_over() const { return start_ != kNotStarted && elapsed() > kLimit; }
-  void sleep() {
+  // One step, over early when a load has ended since `ended_loads` was read: threads that open one
+  // alias at once look it up one after another, and each of them would cost the others a step.
+  void sleep(const ModuleTable& modules, std::uint32_t ended_loads) {
     start();
-    platform::sleep_milliseconds(elapsed() < kLimit / 2 ? 100 : 250);
+    const std::int64_t end = elapsed() + (elapsed() < kLimit / 2 ? 100 : 250);
+    do {
+      platform::sleep_milliseconds(kLook);
+    } while (elapsed() < end && modules.ended_loads() == ended_loads);
   }
 
  private:
   static constexpr std::int64_t kNotStarted = -1;
   static constexpr std::int64_t kLimit = 2000;  // milliseconds
+  static constexpr std::uint32_t kLook = 5;     // milliseconds
 
   std::int64_t elapsed() const { return platform::monotonic_milliseconds() - start_; }
 
@@ -171,13 +177,14 @@ std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint
   OwnedText resolved;
   for (BoundedWait wait; !wait.is_over();) {
     ModuleUse use;
+    const std::uint32_t ended_loads = modules ? modules->ended_loads() : 0;
     const auto found = modules ? modules->take(name, use) : ModuleTable::Found::absent;
     if (found == ModuleTable::Found::ready) return call_loaded(*modules, use, call, mode);
     if (found == ModuleTable::Found::loading_here) return fail_busy(name);
     if (found == ModuleTable::Found::loading) {
       // At process exit the loading thread is gone and will never finish.
       if (waiting_given_up()) return fail_busy(name);
-      wait.sleep();
+      wait.sleep(*modules, ended_loads);
       continue;
     }
     if (call.closes()) return 1;

@@ -244,6 +244,21 @@ TEST_F(Handles, MayBeReleasedByTheirOwnModuleDuringACall) {
   EXPECT_EQ(journal("close"), Lines{"tm_plain close 1"}) << "when the call returned";
 }
 
+// The module's own two releases take the call's reference, too: nothing is left to give back.
+TEST_F(Handles, FailACallThatReleasedThemTwice) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  clear_journal();
+  qm_handle_ref own{handle};
+  tm_forward forward{0, QM_CALL_CLOSEHANDLE, &own, -1, 2};
+  EXPECT_TRUE(kernel().fails(handle, TM_FORWARD, &forward, unknown(handle)));
+  EXPECT_EQ(forward.result, 1);
+  EXPECT_EQ(own.handle, 0u);
+  EXPECT_EQ(journal(), (Lines{"tm_plain close 1", "tm_plain unload"}))
+      << "closed within the call, unloaded when it returned";
+  EXPECT_EQ(kernel().live_handles(), 0);
+  EXPECT_TRUE(close(open(QM_W("tm_plain"))));
+}
+
 // ---- Direct calls ------------------------------------------------------------------------------
 
 TEST_F(Handles, ResolveToWhatADirectCallNeeds) {
@@ -259,6 +274,23 @@ TEST_F(Handles, ResolveToWhatADirectCallNeeds) {
   EXPECT_FALSE(close(handle)) << "resolving adds a reference";
   EXPECT_TRUE(close(handle));
   EXPECT_TRUE(close(kFirst));
+}
+
+TEST_F(Handles, CannotBeResolvedWhenTheirModuleIsGone) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  qm_handle_ref closing{handle};
+  EXPECT_EQ(kernel().through(handle, QM_CALL_CLOSEHANDLE, &closing), 1);
+  EXPECT_FALSE(is_loaded("tm_plain"));
+  for (int times = 0; times < 2; ++times) {
+    auto record = poisoned<qm_resolve_handle>();
+    record.handle = handle;
+    EXPECT_TRUE(kernel().fails(QM_CALL_RESOLVEHANDLE, &record, failure(22)));
+    EXPECT_EQ(record.handle, handle);
+    EXPECT_EQ(record.owner_handle, 1u);
+    EXPECT_EQ(record.library, nullptr);
+    EXPECT_EQ(reinterpret_cast<void*>(record.entry), nullptr);
+  }
+  EXPECT_TRUE(close(handle)) << "the failures left no reference behind";
 }
 
 // ---- Closing -----------------------------------------------------------------------------------

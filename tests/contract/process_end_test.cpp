@@ -88,7 +88,12 @@ TEST_F(ProcessEnd, IsNoDifferentForCleanUpCodeThatOpensModules) {
   unload_kernel();
   EXPECT_EQ(journal("nested"), (Lines{"tm_unload_calls nested 10030000 result=0 error=2",
                                       "tm_unload_calls nested 10030002 result=0 error=2",
-                                      "tm_unload_calls nested 10020000 result=0 error=2"}));
+                                      "tm_unload_calls nested 10020000 result=0 error=2",
+                                      "tm_unload_calls nested 1000f000 result=0 error=2",
+                                      "tm_unload_calls nested 10030006 result=0 error=2",
+                                      "tm_unload_calls nested 10030007 result=0 error=2",
+                                      "tm_unload_calls nested 1000000f result=0 error=2",
+                                      "tm_unload_calls nested qmsd has been closed already"}));
 }
 
 #endif

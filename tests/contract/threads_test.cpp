@@ -1,10 +1,10 @@
-// Many threads at once: each service from several sides, and the rules for modules being loaded.
+// Many threads at once: each service from several sides.
 #include <atomic>
 #include <functional>
 #include <thread>
 #include <vector>
 
-#include "tests/contract/support/module_test.h"
+#include "tests/contract/support/thread_test.h"
 
 namespace contract {
 namespace {
@@ -12,39 +12,10 @@ namespace {
 constexpr int kThreads = 8;
 constexpr std::uint32_t kSomeCode = 0x12340001;
 
-class Threads : public ModuleTest {
+class Threads : public ThreadTest {
  protected:
-  // Runs the body on several threads that start at the same moment.
-  static void run(int threads, const std::function<void(int)>& body) {
-    std::atomic<bool> go{false};
-    std::vector<std::thread> all;
-    for (int number = 0; number < threads; ++number) {
-      all.emplace_back([&, number] {
-        while (!go) std::this_thread::yield();
-        body(number);
-      });
-    }
-    go = true;
-    for (std::thread& thread : all) thread.join();
-  }
+  using ThreadTest::run;
   static void run(const std::function<void(int)>& body) { run(kThreads, body); }
-
-  static std::string numbered(const char* prefix, int number) {
-    return prefix + std::to_string(number / 10) + std::to_string(number % 10);
-  }
-  // Waits until the modules have noted this.
-  void wait_for(const std::string& line) const {
-    const auto start = std::chrono::steady_clock::now();
-    while (journal(line).empty() && elapsed_since(start).count() < 10000) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-  }
-  // An open that may fail, and the error that it left.
-  std::pair<std::uint32_t, Error> try_open(const qm_wchar* name) const {
-    qm_open_module_w record{name, nullptr, 0};
-    kernel()(QM_CALL_OPENMODULEW, &record);
-    return {record.handle, kernel().error()};
-  }
 };
 
 // ---- Errors ------------------------------------------------------------------------------------
@@ -241,23 +212,6 @@ TEST_F(Threads, OpenCallAndCloseModulesOfTheirOwn) {
   }
 }
 
-TEST_F(Threads, OpenAliasedModulesAtOnce) {
-  std::string store;
-  for (int number = 0; number < kThreads; ++number) {
-    install_as("tm_plain", numbered("tm_", number));
-    store += "/default/" + numbered("viewer", number) + "=" + numbered("tm_", number) + " : g" +
-             std::to_string(number) + "\n";
-  }
-  load_kernel_with_store(store);
-  run(2 * kThreads, [this](int number) {
-    const Text name = widen(numbered("viewer", number % kThreads));
-    const std::uint32_t handle = open(name);
-    ASSERT_NE(handle, 0u);
-    ASSERT_EQ(kernel().through(handle, kSomeCode), 1);
-    ASSERT_TRUE(close(handle));
-  });
-}
-
 TEST_F(Threads, ShareOneHandle) {
   install("tm_plain");
   const std::uint32_t handle = open(QM_W("tm_plain"));
@@ -304,62 +258,7 @@ TEST_F(Threads, ReachAGroupsModuleAtOnce) {
   EXPECT_EQ(journal("load"), Lines{"qmlog load"});
 }
 
-// ---- Loading -----------------------------------------------------------------------------------
-
-TEST_F(Threads, WaitForAModuleThatAnotherOneIsLoading) {
-  install("tm_slownotice");
-  std::uint32_t first = 0;
-  std::thread loading([&] { first = open(QM_W("tm_slownotice")); });
-  wait_for("notice entry");
-  const std::uint32_t handle = open(QM_W("tm_slownotice"));
-  const Lines lines = journal();
-  ASSERT_GE(lines.size(), 5u);
-  EXPECT_EQ(lines[1], "tm_slownotice notice entry=1");
-  EXPECT_EQ(lines[2], "tm_slownotice notice done") << "nobody calls the module before that";
-  EXPECT_EQ(journal("notice entry").size(), 1u);
-  loading.join();
-  EXPECT_TRUE(close(first));
-  EXPECT_TRUE(close(handle));
-}
-
-TEST_F(Threads, GiveUpOnAModuleThatTakesTooLong) {
-  install("tm_plain");
-  configure("tm_plain.notice_sleep=3500");
-  std::thread loading([this] { EXPECT_TRUE(close(open(QM_W("tm_plain")))); });
-  wait_for("notice entry");
-  const auto start = std::chrono::steady_clock::now();
-  const auto [handle, error] = try_open(QM_W("tm_plain"));
-  const auto waited = elapsed_since(start).count();
-  EXPECT_EQ(handle, 0u);
-  EXPECT_EQ(error, (Error{16, failure(16, "('tm_plain')").message()}));
-  EXPECT_GE(waited, 1950);
-  EXPECT_LE(waited, 3300);
-  loading.join();
-  configure("");
-}
-
-// The bound holds where the loading thread sits inside the system's loader. Threads cannot begin
-// meanwhile, so the others have to be there before.
-TEST_F(Threads, GiveUpOnAModuleThatTakesTooLongToLoad) {
-  install("tm_plain");
-  configure("tm_plain.load_sleep=3500");
-  std::atomic<bool> waits{false};
-  std::thread waiting([&] {
-    waits = true;
-    wait_for("load");
-    const auto start = std::chrono::steady_clock::now();
-    const auto [handle, error] = try_open(QM_W("tm_plain"));
-    const auto waited = elapsed_since(start).count();
-    EXPECT_EQ(handle, 0u);
-    EXPECT_EQ(error, (Error{16, failure(16, "('tm_plain')").message()}));
-    EXPECT_GE(waited, 1950);
-    EXPECT_LE(waited, 3300);
-  });
-  while (!waits) std::this_thread::yield();
-  EXPECT_TRUE(close(open(QM_W("tm_plain"))));
-  waiting.join();
-  configure("");
-}
+// ---- Modules -----------------------------------------------------------------------------------
 
 TEST_F(Threads, ReadAModulesVersionTextsOnce) {
   install("tm_plain");

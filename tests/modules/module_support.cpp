@@ -103,6 +103,15 @@ void take_name(const char* path) {
   }
 }
 
+// The current message behind the kernel's tag; the whole message without one.
+void journal_error_detail() {
+  char message[512] = "";
+  qm_get_error_a error{0, message, sizeof message};
+  kernel()(0, QM_CALL_GETERRORA, &error);
+  const char* const tag = strstr(message, "[qmsd] ");
+  journal("nested %s", tag == nullptr ? message : tag + 7);
+}
+
 // What a module's clean-up code may try while the kernel unloads it.
 void call_while_unloading() {
   if (kernel() == nullptr) return;
@@ -119,6 +128,15 @@ void call_while_unloading() {
     block.size = 0;
     call_kernel(0, QM_CALL_REALLOC, &block);
   }
+  // By now nothing has the handle, whoever had it before.
+  constexpr uint32_t kGone = 0x10000;
+  qm_resolve_handle resolved{kGone, 0, nullptr, nullptr};
+  call_kernel(0, QM_CALL_RESOLVEHANDLE, &resolved);
+  qm_handle_ref reference{kGone};
+  call_kernel(0, QM_CALL_REFHANDLE, &reference);
+  call_kernel(0, QM_CALL_UNREFHANDLE, &reference);
+  call_kernel(kGone, QM_CALL_NOP, nullptr);
+  journal_error_detail();
 }
 
 void on_load(const char* path) {
@@ -134,7 +152,9 @@ void on_load(const char* path) {
   if (text[0] != 0) set_kernel(reinterpret_cast<qm_call_fn>(strtoull(text, nullptr, 16)));
   journal("load");
   if (setting(TM_LOAD_SLEEP) != 0) sleep(setting(TM_LOAD_SLEEP));
-  if (setting(TM_LOAD_OPENS) != 0 && kernel() != nullptr) open_module(g_wide_name);
+  if (setting(TM_LOAD_OPENS) != 0 && kernel() != nullptr) {
+    open_module(setting(TM_LOAD_OPENS) == 1 ? g_wide_name : QM_W("tm_plain"));
+  }
 }
 
 void on_unload() {
@@ -254,7 +274,9 @@ bool answer_common(uint32_t code, void* params, int32_t& result) {
       return true;
     case TM_FORWARD: {
       tm_forward* call = static_cast<tm_forward*>(params);
-      call->result = kernel()(call->handle, call->code, call->record);
+      for (int32_t i = 0; i < call->times; ++i) {
+        call->result = kernel()(call->handle, call->code, call->record);
+      }
       return true;
     }
     default:

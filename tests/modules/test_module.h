@@ -11,7 +11,7 @@ enum tm_code : uint32_t {
   TM_SLEEP = 0x20000003,   // tm_number     sleeps so many milliseconds, returns 1
   TM_FAIL = 0x20000004,    // tm_number     records the number as error "from the module", returns 0
   TM_ALLOCATE = 0x20000005,  // qm_realloc    passes it to the kernel as QM_CALL_REALLOC
-  TM_FORWARD = 0x20000006,   // tm_forward    makes the module call the kernel
+  TM_FORWARD = 0x20000006,   // tm_forward    makes the module call the kernel, once or more often
 };
 
 // What a module does; the value in parentheses is the setting's start value.
@@ -27,7 +27,7 @@ enum tm_setting : int32_t {
   TM_NOTICE_OPENS,   // (0) not 0: the notice opens the module itself
   TM_NOTICE_RESULT,  // (1)
   TM_CALL_RESULT,    // (1) returned by every code that the module does not know
-  TM_LOAD_OPENS,     // (0) not 0: opens itself while it is being loaded
+  TM_LOAD_OPENS,     // (0) while it is being loaded 1: opens itself; 2: opens tm_plain
   TM_LOAD_SLEEP,     // (0) milliseconds spent while being loaded
   TM_UNLOAD_CALLS,   // (0) 1: calls the kernel while being unloaded; above: calls that group then
   TM_OLD_RESULT,     // (0) returned to the older open, close and information codes
@@ -48,7 +48,8 @@ struct tm_forward {
   uint32_t handle;  // in
   uint32_t code;    // in
   void* record;     // in
-  int32_t result;   // out
+  int32_t result;   // out, of the last call
+  int32_t times = 1;
 };
 
 // An open record with fields of the module's own.
@@ -103,6 +104,7 @@ struct tm_old_info {
 //     !open=NAME       opens a module in the notice of the kernel's entry
 //     !text=CODE:TEXT  registers an error's text there, the code in hexadecimal
 //     !sleep=MS        sleeps in each listing
+//     !entry=1         notes "qmproperty entry ADDRESS", the kernel's, in the notice of that
 //     !error=CODE      records an error in each read and listing, the code in hexadecimal
 //     !silent=1        answers 1 and writes nothing
 //     !full=1          fills buffers to their last character, without a terminator

@@ -146,6 +146,9 @@ const qm_wchar* wide_value(const char* value, qm_wchar (&buffer)[256]) {
 int32_t take_notice(const qm_kernel_entry* entry) {
   const int32_t result = test_module::take_notice(entry);
   qm_wchar text[256];
+  if (find("!entry") != nullptr) {
+    test_module::journal("entry %p", reinterpret_cast<void*>(entry->entry));
+  }
   if (const char* name = find("!open")) test_module::open_module(wide_value(name, text));
   if (const char* value = find("!text")) {
     char* end;
