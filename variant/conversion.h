@@ -1,8 +1,6 @@
 // Reads variants as other types.
 #pragma once
 
-#include <cstdint>
-
 #include "include/qmsd7.h"
 
 namespace qmsd {
@@ -11,9 +9,7 @@ namespace qmsd {
 // may have been written.
 bool convert_variant(qm_variant_convert& record);
 
-// The function codes of conversions.
+// The function code of it.
 bool variant_convert(qm_variant_convert& record);
-bool variant_read_array(qm_variant_array& record);
-bool variant_write_array(qm_variant_array& record);
 
 }  // namespace qmsd

@@ -9,6 +9,7 @@
 #include "kernel/errors/error_state.h"
 #include "platform/heap.h"
 #include "services/text/text.h"
+#include "variant/ascii_prefix.h"
 #include "variant/element.h"
 #include "variant/object_owner.h"
 #include "variant/text_flavours.h"
@@ -95,14 +96,6 @@ bool store_binary(qm_variant& variant, const qm_variant_create& request) {
   return true;
 }
 
-// The stored text without its terminator.
-std::string_view stored_narrow(const Bytes& data, std::int32_t size) {
-  return {reinterpret_cast<const char*>(data.get()), static_cast<std::size_t>(size - 1)};
-}
-WideView stored_wide(const Bytes& data, std::int32_t size) {
-  return {reinterpret_cast<const qm_wchar*>(data.get()), static_cast<std::size_t>(size - 1)};
-}
-
 bool become_recognised(qm_variant& variant, std::string_view text) {
   const auto scalar = recognise_scalar(text.substr(0, text.find('\0')));
   if (!scalar) return false;
@@ -127,16 +120,17 @@ Decoded become_decoded(qm_variant& variant, std::string_view utf8) {
 }
 
 bool store_text(qm_variant& variant, const qm_variant_create& request) {
-  Bytes data = copy_bytes(request.data, request.size);
-  if (!data) return false;
-  data[static_cast<std::size_t>(request.size) - 1] = std::byte{0};
-  const std::string_view text = stored_narrow(data, request.size);
+  const auto length = static_cast<std::size_t>(request.size) - 1;
+  const std::string_view text(static_cast<const char*>(request.data), length);
   if (request.type == QM_TYPE_TEXT_AUTO && become_recognised(variant, text)) return true;
   if (request.type == QM_TYPE_TEXT_UTF8) {
     const Decoded decoded = become_decoded(variant, text);
     if (decoded == Decoded::yes) return true;
     if (decoded == Decoded::no_memory) return fail(QM_ERROR_NO_MEMORY);
   }
+  Bytes data = copy_bytes(request.data, request.size);
+  if (!data) return false;
+  data[length] = std::byte{0};
   variant.become_block(QM_TYPE_TEXT, request.size, 1, std::move(data));
   return true;
 }
@@ -144,27 +138,25 @@ bool store_text(qm_variant& variant, const qm_variant_create& request) {
 // Only ASCII text can be a number or a date-time.
 Decoded become_recognised(qm_variant& variant, WideView text) {
   text = text.substr(0, text.find(qm_wchar{0}));
-  if (std::any_of(text.begin(), text.end(), [](qm_wchar unit) { return unit >= 0x80; })) {
-    return Decoded::malformed;
-  }
-  const OwnedNarrow narrow(static_cast<char*>(platform::heap_allocate(text.size() + 1)));
-  if (!narrow) return Decoded::no_memory;
-  std::transform(text.begin(), text.end(), narrow.get(),
-                 [](qm_wchar unit) { return static_cast<char>(unit); });
-  const bool recognised = become_recognised(variant, std::string_view(narrow.get(), text.size()));
+  AsciiPrefix ascii(text);
+  if (!ascii) return Decoded::no_memory;
+  const bool recognised =
+      ascii.view().size() == text.size() && become_recognised(variant, ascii.view());
   return recognised ? Decoded::yes : Decoded::malformed;
 }
 
 bool store_wide_text(qm_variant& variant, const qm_variant_create& request) {
   const auto unit = static_cast<std::int64_t>(sizeof(qm_wchar));
-  Bytes data = copy_bytes(request.data, request.size * unit);
-  if (!data) return false;
-  reinterpret_cast<qm_wchar*>(data.get())[request.size - 1] = 0;
+  const auto length = static_cast<std::size_t>(request.size) - 1;
   if (request.type == QM_TYPE_WIDE_TEXT_AUTO) {
-    const Decoded decoded = become_recognised(variant, stored_wide(data, request.size));
+    const Decoded decoded =
+        become_recognised(variant, WideView(static_cast<const qm_wchar*>(request.data), length));
     if (decoded == Decoded::yes) return true;
     if (decoded == Decoded::no_memory) return fail(QM_ERROR_NO_MEMORY);
   }
+  Bytes data = copy_bytes(request.data, request.size * unit);
+  if (!data) return false;
+  reinterpret_cast<qm_wchar*>(data.get())[length] = 0;
   variant.become_block(QM_TYPE_WIDE_TEXT, request.size, 1, std::move(data));
   return true;
 }

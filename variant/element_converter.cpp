@@ -10,8 +10,8 @@
 #include <string_view>
 #include <type_traits>
 
-#include "kernel/errors/error_state.h"
 #include "services/text/numbers.h"
+#include "variant/conversion_result.h"
 #include "variant/element.h"
 #include "variant/text_target.h"
 #include "variant/time/counts.h"
@@ -115,52 +115,48 @@ DateText print(Date from) { return DateText(from.value); }
 
 // ---- Converting one element ----
 
-std::int32_t refuse(const qm_wchar* condition) {
-  fail(QM_ERROR_ARGUMENT, condition);
-  return kConversionFailed;
-}
-
 enum class To { signed_integer, unsigned_integer, floating, date, text, wide_text };
 
-template <To Kind, class From>
+template <To Wanted, class From>
 bool store(From from, void* to, std::int32_t width) {
-  if constexpr (Kind == To::signed_integer) return store_integer(to, width, as_signed(from));
-  if constexpr (Kind == To::unsigned_integer) {
+  if constexpr (Wanted == To::signed_integer) {
+    return store_integer(to, width, as_signed(from));
+  } else if constexpr (Wanted == To::unsigned_integer) {
     return store_integer(to, width, as_unsigned(from, width));
-  }
-  if constexpr (Kind == To::floating) return store_floating(to, width, as_floating(from));
-  if constexpr (Kind == To::date) {
-    return store_integer(to, width == 8 ? width : -1,
-                         std::bit_cast<std::int64_t>(as_date(from).bits()));
+  } else if constexpr (Wanted == To::floating) {
+    return store_floating(to, width, as_floating(from));
+  } else {
+    const auto bits = std::bit_cast<std::int64_t>(as_date(from).bits());
+    return width == sizeof bits && store_integer(to, width, bits);
   }
 }
 
-template <To Kind, class From>
+template <To Wanted, class From>
 std::int32_t write(From from, const ConversionTarget& target, std::int32_t width) {
-  if constexpr (Kind == To::text) {
+  if constexpr (Wanted == To::text) {
     // A number may fill its width; a date-time has its terminator within.
     const std::int32_t room = std::is_same_v<From, Date> ? width - 1 : width;
     const auto printed = print(from);
     return write_counted(static_cast<char*>(target.buffer), target.capacity, width,
                          printed.view().substr(0, static_cast<std::size_t>(room)));
-  } else if constexpr (Kind == To::wide_text) {
+  } else if constexpr (Wanted == To::wide_text) {
     if (target.capacity < static_cast<std::int32_t>(sizeof(qm_wchar))) {
-      return refuse(QM_W("(tgtlen)"));
+      return refuse_conversion(QM_W("(tgtlen)"));
     }
     return write_wide(static_cast<qm_wchar*>(target.buffer), target.capacity, print(from).view());
   } else {
-    return store<Kind>(from, target.buffer, width) ? width : refuse(QM_W("(tgtlen)"));
+    return store<Wanted>(from, target.buffer, width) ? width : refuse_conversion(QM_W("(tgtlen)"));
   }
 }
 
-template <class From, To Kind>
+template <class From, To Wanted>
 std::int32_t convert(const ConversionTarget& target, const ConversionSource& source) {
   const std::int32_t width = std::min(target.capacity, target.width);
   if (target.capacity < 1 || source.width == 0 || width == 0) return 0;
-  if (width < 0) return refuse(QM_W("(tgtlen)"));
+  if (width < 0) return refuse_conversion(QM_W("(tgtlen)"));
   From from;
-  if (!from.load(source)) return refuse(QM_W("(srclen)"));
-  return write<Kind>(from, target, width);
+  if (!from.load(source)) return refuse_conversion(QM_W("(srclen)"));
+  return write<Wanted>(from, target, width);
 }
 
 // One row per source type, one column per target type.

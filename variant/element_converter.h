@@ -19,14 +19,12 @@ struct ConversionTarget {
 };
 
 // Bytes written, for text characters with the terminator; 0 when there was nothing to write or
-// read; -1 with an error recorded.
+// read; kConversionFailed with an error recorded.
 using ElementConverter = std::int32_t (*)(const ConversionTarget& target,
                                           const ConversionSource& source);
 
 // Null when there is no such converter. `from` is a scalar type; `to` a scalar type or a text type,
 // the flavours included.
 ElementConverter element_converter(std::int32_t from, std::int32_t to);
-
-inline constexpr std::int32_t kConversionFailed = -1;
 
 }  // namespace qmsd

@@ -3,52 +3,30 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 #include "kernel/errors/error_calls.h"
 #include "kernel/errors/error_state.h"
-#include "platform/heap.h"
 #include "services/text/strings.h"
 #include "services/text/text.h"
 #include "variant/child_list.h"
 #include "variant/conversion.h"
 #include "variant/path_parser.h"
+#include "variant/scratch.h"
 #include "variant/variant.h"
 #include "variant/variant_lock.h"
 
 namespace qmsd {
 namespace {
 
-// Room for a candidate's value, long enough for every text that a path of that length can ask for.
-class Scratch {
- public:
-  explicit Scratch(std::size_t path_length) : length_(path_length + kRoom) {
-    if (length_ > std::size(near_)) {
-      far_.reset(static_cast<qm_wchar*>(platform::heap_allocate(length_ * sizeof(qm_wchar))));
-    }
-  }
+// A candidate's value as text. What does not fit is longer than all that the path asks for.
+using ValueText = Scratch<qm_wchar>;
 
-  // Null when memory is exhausted.
-  qm_wchar* text() noexcept { return length_ > std::size(near_) ? far_.get() : near_; }
-  std::int32_t bytes() const noexcept {
-    return static_cast<std::int32_t>(length_ * sizeof(qm_wchar));
-  }
-
- private:
-  static constexpr std::size_t kRoom = 10;
-
-  const std::size_t length_;
-  qm_wchar near_[128];
-  OwnedText far_;  // for the paths that are longer
-};
-
-bool has_text(qm_variant& child, WideView wanted, Scratch& scratch) {
-  qm_wchar* text = scratch.text();
+bool has_text(qm_variant& child, WideView wanted, ValueText& value) {
+  const auto bytes = static_cast<std::int32_t>(value.length() * sizeof(qm_wchar));
   // A value without width writes nothing.
-  text[0] = 0;
-  qm_variant_convert reading{&child, 0,    QM_TYPE_WIDE_TEXT, scratch.bytes(),
-                             1,      text, scratch.bytes()};
-  return convert_variant(reading) && WideView(text) == wanted;
+  value.text()[0] = 0;
+  qm_variant_convert reading{&child, 0, QM_TYPE_WIDE_TEXT, bytes, 1, value.text(), bytes};
+  return convert_variant(reading) && WideView(value.text()) == wanted;
 }
 
 bool has_integer(qm_variant& child, std::int32_t wanted) {
@@ -58,9 +36,9 @@ bool has_integer(qm_variant& child, std::int32_t wanted) {
 }
 
 // A value that cannot be read does not match, and its error is of no interest.
-bool has_value(qm_variant& child, const PathStep& step, Scratch& scratch) {
+bool has_value(qm_variant& child, const PathStep& step, ValueText& value) {
   const SavedError error;
-  return step.value == PathStep::Value::text ? has_text(child, step.text, scratch)
+  return step.value == PathStep::Value::text ? has_text(child, step.text, value)
                                              : has_integer(child, step.integer);
 }
 
@@ -87,7 +65,7 @@ qm_variant* check_alive(qm_variant* child) {
 }
 
 // The child with the step's value; null with an error.
-qm_variant* search(const ChildList& list, const PathStep& step, Scratch& scratch) {
+qm_variant* search(const ChildList& list, const PathStep& step, ValueText& value) {
   ChildQuery query = query_of(step);
   std::int32_t to_skip = step.index;
   for (std::int32_t from = 0;;) {
@@ -96,7 +74,7 @@ qm_variant* search(const ChildList& list, const PathStep& step, Scratch& scratch
     qm_variant* candidate = position ? check_alive(list[*position]) : nullptr;
     if (candidate == nullptr) return nullptr;
     from = *position + 1;
-    if (!has_value(*candidate, step, scratch)) continue;
+    if (!has_value(*candidate, step, value)) continue;
     if (to_skip == 0) return candidate;
     // A negative index never comes to its end.
     if (to_skip > 0) --to_skip;
@@ -104,15 +82,15 @@ qm_variant* search(const ChildList& list, const PathStep& step, Scratch& scratch
 }
 
 // The child that a step selects; null with an error.
-qm_variant* select(const ChildList& list, const PathStep& step, Scratch& scratch) {
-  if (step.value != PathStep::Value::any) return search(list, step, scratch);
+qm_variant* select(const ChildList& list, const PathStep& step, ValueText& value) {
+  if (step.value != PathStep::Value::any) return search(list, step, value);
   const auto position = list.find_child(query_of(step));
   return position ? check_alive(list[*position]) : nullptr;
 }
 
-qm_variant* take_step(qm_variant& parent, const PathStep& step, Scratch& scratch) {
-  if (!step.in_items) return select(parent.attributes(), step, scratch);
-  if (parent.kind() == Kind::container) return select(parent.items(), step, scratch);
+qm_variant* take_step(qm_variant& parent, const PathStep& step, ValueText& value) {
+  if (!step.in_items) return select(parent.attributes(), step, value);
+  if (parent.kind() == Kind::container) return select(parent.items(), step, value);
   refuse(QM_W("(type)"));
   return nullptr;
 }
@@ -177,9 +155,10 @@ bool read_value(Record& record) {
 }  // namespace
 
 qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
+  constexpr std::size_t kRoom = 10;
   const WideView text(path);
-  Scratch scratch(text.size());
-  if (scratch.text() == nullptr) {
+  ValueText value(text.size() + kRoom);
+  if (value.text() == nullptr) {
     fail(QM_ERROR_NO_MEMORY);
     return nullptr;
   }
@@ -195,7 +174,7 @@ qm_variant* find_by_path(qm_variant* root, const qm_wchar* path) {
         current = nullptr;
         break;
       case PathParser::Result::step:
-        current = take_step(*current, step, scratch);
+        current = take_step(*current, step, value);
         break;
     }
     if (current == nullptr) {

@@ -42,6 +42,11 @@ constexpr Kind kind_of(std::int32_t type) {
   }
 }
 
+// Narrow or wide text, the flavours included?
+constexpr bool is_text(std::int32_t type) {
+  return kind_of(type) == Kind::text || kind_of(type) == Kind::wide_text;
+}
+
 // The scalar type of an array's elements; scalar types stand for themselves.
 constexpr std::int32_t element_type(std::int32_t type) {
   return kind_of(type) == Kind::array ? type - QM_TYPE_SIGNED_ARRAY + QM_TYPE_SIGNED : type;

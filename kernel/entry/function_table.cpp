@@ -20,6 +20,7 @@
 #include "modules/slots.h"
 #include "modules/version_info.h"
 #include "services/files/whole_file.h"
+#include "variant/array_calls.h"
 #include "variant/child_calls.h"
 #include "variant/conversion.h"
 #include "variant/path.h"
