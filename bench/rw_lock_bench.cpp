@@ -4,7 +4,6 @@
 #include <shared_mutex>
 
 #include "kernel/base/rw_lock.h"
-#include "kernel/base/semaphore.h"
 
 namespace {
 
@@ -60,14 +59,5 @@ BENCHMARK(write_lock<StandardLock>)->ThreadRange(1, 4);
 BENCHMARK(write_lock<OurLock>)->ThreadRange(1, 4);
 BENCHMARK(mostly_reads<StandardLock>)->ThreadRange(1, 4);
 BENCHMARK(mostly_reads<OurLock>)->ThreadRange(1, 4);
-
-void semaphore(benchmark::State& state) {
-  static qmsd::Semaphore semaphore{LockRank::handle_guard};
-  for (auto _ : state) {
-    const qmsd::SemaphoreGuard guard(semaphore);
-    benchmark::ClobberMemory();
-  }
-}
-BENCHMARK(semaphore)->ThreadRange(1, 4);
 
 }  // namespace

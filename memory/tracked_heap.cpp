@@ -61,7 +61,7 @@ void describe_block(const BlockRecord& record, qm_mem_info& info) {
 bool TrackedHeap::reallocate(void** pointer, std::int32_t size, const char* file,
                              std::int32_t line) {
   if (size < 0 || pointer == nullptr) return refuse(QM_W("(size < 0) || (!buffer)"));
-  WriteGuard guard(lock_);
+  WriteGuard guard(lock);
   return *pointer == nullptr ? allocate(pointer, size, file, line)
                              : change(pointer, size, file, line);
 }
@@ -103,19 +103,19 @@ bool TrackedHeap::change(void** pointer, std::int32_t size, const char* file, st
 }
 
 void TrackedHeap::discard(void* block) {
-  WriteGuard guard(lock_);
+  WriteGuard guard(lock);
   std::size_t index;
   if (blocks_.find(block, index) == BlockList::Found::block) blocks_.remove(index);
 }
 
 bool TrackedHeap::contains(const void* block) const {
-  ReadGuard guard(lock_);
+  ReadGuard guard(lock);
   std::size_t index;
   return blocks_.find(block, index) == BlockList::Found::block;
 }
 
 bool TrackedHeap::capacity_of(const void* block, std::int32_t& capacity) const {
-  ReadGuard guard(lock_);
+  ReadGuard guard(lock);
   std::size_t index = 0;
   switch (blocks_.find(block, index)) {
     case BlockList::Found::empty:
@@ -135,7 +135,7 @@ bool TrackedHeap::capacity_of(const void* block, std::int32_t& capacity) const {
 }
 
 bool TrackedHeap::check() const {
-  ReadGuard guard(lock_);
+  ReadGuard guard(lock);
   for (std::size_t i = 0; i < blocks_.count(); ++i) {
     const BlockRecord* record = blocks_.at(i);
     if (record == nullptr) continue;
@@ -151,7 +151,7 @@ bool TrackedHeap::check() const {
 bool TrackedHeap::describe(qm_mem_info& info) const {
   if (info.index < 0 || info.file_size < 0 || info.dump_size < 0) return fail(QM_ERROR_ARGUMENT);
   const auto index = static_cast<std::size_t>(info.index);
-  ReadGuard guard(lock_);
+  ReadGuard guard(lock);
   if (index >= blocks_.count()) return fail(QM_ERROR_RANGE);
   if (const BlockRecord* record = blocks_.at(index)) {
     describe_block(*record, info);
@@ -170,7 +170,7 @@ BlockTotals TrackedHeap::totals() const {
   BlockTotals totals;
   std::int64_t data = 0;
   std::int64_t other = kListBytes;
-  ReadGuard guard(lock_);
+  ReadGuard guard(lock);
   for (std::size_t i = 0; i < blocks_.count(); ++i) {
     const BlockRecord* record = blocks_.at(i);
     if (record == nullptr) continue;

@@ -37,13 +37,14 @@ class TrackedHeap {
   bool describe(qm_mem_info& info) const;
   BlockTotals totals() const;
 
+  mutable RwLock lock{LockRank::tracked};  // taken by each operation
+
  private:
   // Both expect the write lock.
   bool allocate(void** pointer, std::int32_t size, const char* file, std::int32_t line);
   bool change(void** pointer, std::int32_t size, const char* file, std::int32_t line);
 
   const std::int32_t guard_;
-  mutable RwLock lock_{LockRank::tracked};
   BlockList blocks_;
 };
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "include/qmsd7.h"
+#include "kernel/base/use_count.h"
 #include "modules/module_opening.h"
 #include "services/text/text.h"
 
@@ -32,7 +33,7 @@ struct ModuleRecord {
 
   // Above 0 as long as the record is in the table, where the lowering that would end that takes the
   // exclusive lock.
-  std::atomic<std::int32_t> users{1};
+  UseCount users{1};
 
   // A tracked block, read on first request.
   std::atomic<qm_version_props*> version{nullptr};

@@ -17,15 +17,6 @@ bool stands_before(const ModuleRecord& a, const ModuleRecord& b) {
   return view_of(a.module.resolved.get()) > view_of(b.module.resolved.get());
 }
 
-// Lowers the count unless that would end the record's life.
-bool lower_if_others_remain(std::atomic<std::int32_t>& users, std::int32_t by) {
-  std::int32_t now = users.load();
-  while (now > by) {
-    if (users.compare_exchange_weak(now, now - by)) return true;
-  }
-  return false;
-}
-
 qm_call_fn entry_of(const OpenedModule& module) {
   if (module.info != nullptr && module.info->call != nullptr) return module.info->call;
   return module.extended == nullptr ? nullptr : module.extended->call;
@@ -38,7 +29,7 @@ std::int64_t size_of(const OwnedText& text) {
 }  // namespace
 
 ModuleTable::Found ModuleTable::take(const qm_wchar* name, ModuleUse& use) {
-  const ReadGuard guard(lock_);
+  const ReadGuard guard(lock);
   ModuleRecord* record = find(name);
   if (record == nullptr) return Found::absent;
   if (!record->ready) {
@@ -54,18 +45,18 @@ ModuleOwner ModuleTable::give_back(const ModuleUse& use, std::int32_t uses) {
     return at < records_.size() && records_[at]->id == use.id;
   };
   {
-    const ReadGuard guard(lock_);
+    const ReadGuard guard(lock);
     if (!holds(position(use.record))) return nullptr;
-    if (lower_if_others_remain(use.record->users, uses)) return nullptr;
+    if (lower_if_uses_remain(use.record->users, uses)) return nullptr;
   }
-  const WriteGuard guard(lock_);
+  const WriteGuard guard(lock);
   const std::size_t at = position(use.record);
   if (!holds(at)) return nullptr;
   return use.record->users.fetch_sub(uses) > uses ? nullptr : remove_at(at);
 }
 
 ModuleTable::Added ModuleTable::add(ModuleOwner& record) {
-  const WriteGuard guard(lock_);
+  const WriteGuard guard(lock);
   if (find(record->name.get()) != nullptr) return Added::exists;
   record->id = next_id_;
   if (!insert(*record)) return Added::no_memory;
@@ -75,7 +66,7 @@ ModuleTable::Added ModuleTable::add(ModuleOwner& record) {
 }
 
 bool ModuleTable::publish(ModuleRecord& record, OpenedModule& opened) {
-  const WriteGuard guard(lock_);
+  const WriteGuard guard(lock);
   if (opened.resolved) {
     const ModuleRecord* namesake = find(opened.resolved.get());
     if (namesake != nullptr && namesake != &record) return false;
@@ -87,30 +78,25 @@ bool ModuleTable::publish(ModuleRecord& record, OpenedModule& opened) {
 }
 
 void ModuleTable::mark_ready(ModuleRecord& record) {
-  const WriteGuard guard(lock_);
+  const WriteGuard guard(lock);
   record.ready = true;
   ended_loads_.fetch_add(1);
 }
 
 ModuleOwner ModuleTable::remove(const ModuleRecord& record) {
-  const WriteGuard guard(lock_);
+  const WriteGuard guard(lock);
   ended_loads_.fetch_add(1);
   const std::size_t at = position(&record);
   return at < records_.size() ? remove_at(at) : nullptr;
 }
 
 ModuleOwner ModuleTable::remove_last() {
-  const WriteGuard guard(lock_);
+  const WriteGuard guard(lock);
   return guard.held() && !records_.empty() ? remove_at(records_.size() - 1) : nullptr;
 }
 
-bool ModuleTable::is_whole() {
-  const WriteGuard guard(lock_);
-  return guard.held();
-}
-
 bool ModuleTable::resolve(const qm_wchar* name, void*& library, qm_call_fn& entry) {
-  const ReadGuard guard(lock_);
+  const ReadGuard guard(lock);
   const ModuleRecord* record = find(name);
   if (record == nullptr || !record->ready || entry_of(record->module) == nullptr) return false;
   library = record->module.library.get().os;
@@ -121,7 +107,7 @@ bool ModuleTable::resolve(const qm_wchar* name, void*& library, qm_call_fn& entr
 void ModuleTable::measure(std::int32_t& count, std::int64_t& size) {
   constexpr std::int64_t kTableSize = 52;
   constexpr std::int64_t kRecordSize = 1100;
-  const ReadGuard guard(lock_);
+  const ReadGuard guard(lock);
   count = static_cast<std::int32_t>(records_.size());
   size = kTableSize + kRecordSize * count;
   for (const ModuleRecord* record : records_) {

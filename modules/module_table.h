@@ -46,14 +46,13 @@ class ModuleTable {
 
   // The last record in the order of unloading; null when there is none, or the table may be torn.
   [[nodiscard]] ModuleOwner remove_last();
-  // Waits for whoever is inside. False when that was given up: killed at process exit, a thread may
-  // have left a change half done, and nothing may follow the table's pointers any more.
-  bool is_whole();
 
   // Library and call entry of a ready module.
   bool resolve(const qm_wchar* name, void*& library, qm_call_fn& entry);
   // What the statistics report.
   void measure(std::int32_t& count, std::int64_t& size);
+
+  RwLock lock{LockRank::registry};  // taken by each operation
 
  private:
   // All expect the lock.
@@ -62,7 +61,6 @@ class ModuleTable {
   bool insert(ModuleRecord& record);
   ModuleOwner remove_at(std::size_t at);
 
-  RwLock lock_{LockRank::registry};
   // Descending by asked name, then by resolved name, records without one last.
   GrowableArray<ModuleRecord*, 16> records_;
   std::uint32_t next_id_ = 1;

@@ -2,26 +2,23 @@
 // becomes of the uses.
 #include "modules/registry.h"
 
-#include <atomic>
-#include <stdexcept>
-#include <tuple>
 #include <utility>
 
-#include "kernel/base/semaphore.h"
+#include "kernel/base/process_wide.h"
+#include "kernel/base/waiting.h"
 #include "kernel/errors/error_state.h"
 #include "modules/module_opening.h"
 #include "modules/module_record.h"
 #include "modules/module_table.h"
 #include "platform/clock.h"
 #include "platform/heap.h"
-#include "services/text/strings.h"
+#include "services/text/statistics.h"
+#include "services/text/text.h"
 
 namespace qmsd {
 namespace {
 
-std::atomic<ModuleTable*> g_modules{nullptr};
-
-ModuleTable* table() { return g_modules.load(std::memory_order_acquire); }
+ProcessWide<ModuleTable> g_modules;
 
 // Modules closed at shutdown; whatever their clean-up code loads beyond that is abandoned.
 constexpr int kMostCloses = 1000;
@@ -151,29 +148,24 @@ Loaded load(ModuleTable& modules, const qm_wchar* name, const Call& call, OwnedT
 
 }  // namespace
 
-bool registry_create() {
-  g_modules.store(platform::heap_new<ModuleTable>().release(), std::memory_order_release);
-  return table() != nullptr;
-}
+bool registry_create() { return g_modules.create(); }
 
 void registry_destroy() {
-  platform::HeapOwner<ModuleTable> modules(table());
-  if (!modules) return;
-  for (int closed = 0; closed < kMostCloses; ++closed) {
+  ModuleTable* const modules = g_modules.get();
+  for (int closed = 0; modules != nullptr && closed < kMostCloses; ++closed) {
     const ModuleOwner last = modules->remove_last();
     if (!last) break;
   }
-  g_modules.store(nullptr, std::memory_order_release);
-  if (!modules->is_whole()) std::ignore = modules.release();
+  g_modules.destroy();
 }
 
 std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint32_t code,
                            void* record, UseMode mode) {
-  // Comes from inside the handle table's lock, so it is answered without looking at anything.
+  // References are counted in the handle table; modules never hear of them.
   if (code == QM_CALL_REFHANDLE) return 1;
 
   const Call call{handle, code, record};
-  ModuleTable* const modules = table();
+  ModuleTable* const modules = g_modules.get();
   OwnedText resolved;
   for (BoundedWait wait; !wait.is_over();) {
     ModuleUse use;
@@ -205,24 +197,19 @@ std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint
 }
 
 bool registry_resolve(const qm_wchar* name, void*& library, qm_call_fn& entry) {
-  ModuleTable* const modules = table();
+  ModuleTable* const modules = g_modules.get();
   return modules != nullptr && modules->resolve(name, library, entry);
 }
 
 qmString registry_statistics() {
-  static std::atomic<std::int32_t> last_count{0};
-  static std::atomic<std::int64_t> last_size{0};
+  static constinit LastReported last_count;
+  static constinit LastReported last_size;
 
   std::int32_t count = 0;
   std::int64_t size = 0;
-  if (ModuleTable* const modules = table()) modules->measure(count, size);
-  char text[160];
-  const int length = format_narrow(
-      text, sizeof text, "[QMMODULES] nmodules: %i (%i), allsize: %lli (%lli) bytes\n", count,
-      count - last_count.exchange(count), size, size - last_size.exchange(size));
-  qmString line;
-  if (length <= 0 || !line.assign(text)) throw std::runtime_error("Error during formatting.");
-  return line;
+  if (ModuleTable* const modules = g_modules.get()) modules->measure(count, size);
+  return statistics_line("[QMMODULES] nmodules: %i (%lli), allsize: %lli (%lli) bytes\n", count,
+                         last_count.change_to(count), size, last_size.change_to(size));
 }
 
 }  // namespace qmsd

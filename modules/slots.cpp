@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "kernel/base/rw_lock.h"
-#include "kernel/base/semaphore.h"
+#include "kernel/base/waiting.h"
 #include "kernel/errors/error_state.h"
 #include "modules/slot_table.h"
 #include "platform/heap.h"

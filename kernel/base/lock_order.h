@@ -7,13 +7,10 @@ namespace qmsd {
 
 enum class LockRank : int {
   handle_table = 1,
-  handle_guard,
   registry,
-  module_users,
   variants,
   slots,
   groups,
-  loader,       // the tables' load-once guards
   tracked,      // the tracked allocator: after every table
   error_texts,  // the leaf: recording an error takes it
 };

@@ -1,7 +1,7 @@
 // What happens to a thread that cannot have the lock at once.
 #include "kernel/base/rw_lock.h"
 
-#include "kernel/base/semaphore.h"
+#include "kernel/base/waiting.h"
 
 namespace qmsd {
 namespace {

@@ -1,26 +1,10 @@
-// One handle: references and the owner behind it.
+// The owner behind a handle.
 #include "kernel/entry/handle_record.h"
 
 #include "modules/registry.h"
 #include "services/text/strings.h"
 
 namespace qmsd {
-
-void add_reference(HandleRecord& record) {
-  const SemaphoreGuard guard(record.guard);
-  ++record.references;
-  // The registry answers this notice by itself and touches nothing, which is what makes it fit to
-  // be given under the table's lock.
-  if (record.kind == OwnerKind::module_instance) {
-    registry_call(record.owner_name.get(), record.owner_handle, QM_CALL_REFHANDLE, nullptr,
-                  UseMode::instance);
-  }
-}
-
-bool drop_reference(HandleRecord& record) {
-  const SemaphoreGuard guard(record.guard);
-  return --record.references == 0;
-}
 
 void describe_owner(const HandleRecord& record, HandleOwner& owner) {
   owner.kind = record.kind;

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "include/qmsd7.h"
-#include "kernel/base/semaphore.h"
+#include "kernel/base/use_count.h"
 #include "modules/library_search.h"
 #include "services/text/text.h"
 
@@ -20,9 +20,8 @@ struct HandleRecord {
   OwnedText owner_name;            // set when the handle is bound
   const std::uint32_t handle;      // what callers hold
   std::uint32_t owner_handle = 0;  // what the owner calls the same object
-  Semaphore guard{LockRank::handle_guard};
-  std::uint32_t references = 1;  // guarded: calls count up under the table's read lock
-  std::uint32_t sequence;        // creation order, which is the order of closing at teardown
+  UseCount references{1};
+  std::uint32_t sequence;  // creation order, which is the order of closing at teardown
 };
 
 // The owner as a call needs it after the table's lock is left: the record may die meanwhile.
@@ -32,10 +31,7 @@ struct HandleOwner {
   qm_wchar name[kModuleTextLength];
 };
 
-// Adds a reference. The table's lock is held.
-void add_reference(HandleRecord& record);
-// Drops a reference and tells whether it was the last. The table's lock is held.
-bool drop_reference(HandleRecord& record);
+// The table's lock is held.
 void describe_owner(const HandleRecord& record, HandleOwner& owner);
 // Closes the owner's side of an object; its result is of no interest. No lock may be held.
 void close_owner(const HandleRecord& record);

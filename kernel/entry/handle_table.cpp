@@ -1,21 +1,22 @@
 // The handle table: routes calls through handles and closes what is left at the end.
 #include "kernel/entry/handle_table.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
+#include <tuple>
 #include <utility>
 
+#include "kernel/base/process_wide.h"
 #include "kernel/base/rw_lock.h"
-#include "kernel/base/semaphore.h"
+#include "kernel/base/waiting.h"
 #include "kernel/entry/handle_list.h"
 #include "kernel/entry/handle_record.h"
 #include "kernel/errors/error_state.h"
 #include "modules/registry.h"
 #include "platform/heap.h"
 #include "services/tables/group_table.h"
-#include "services/text/strings.h"
+#include "services/text/statistics.h"
+#include "services/text/text.h"
 
 namespace qmsd {
 namespace {
@@ -28,9 +29,7 @@ struct HandleTable {
 // Handles closed at teardown beyond those that lived when it began.
 constexpr std::size_t kLateCloses = 1000;
 
-std::atomic<HandleTable*> g_handles{nullptr};
-
-HandleTable* table() { return g_handles.load(std::memory_order_acquire); }
+ProcessWide<HandleTable> g_handles;
 
 constexpr bool is_group_handle(std::uint32_t handle) { return handle > kLastHandle; }
 
@@ -42,13 +41,13 @@ bool fail_unknown(std::uint32_t handle) {
 // number of handles at that moment.
 bool borrow(std::uint32_t handle, HandleOwner& owner, std::int32_t& live) {
   live = 0;
-  HandleTable* handles = table();
+  HandleTable* handles = g_handles.get();
   if (handles == nullptr) return false;
   const ReadGuard guard(handles->lock);
   live = static_cast<std::int32_t>(handles->list.size());
   HandleRecord* record = handles->list.find(handle);
   if (record == nullptr) return false;
-  add_reference(*record);
+  record->references.fetch_add(1, std::memory_order_relaxed);
   describe_owner(*record, owner);
   return true;
 }
@@ -66,14 +65,29 @@ class BorrowedHandle {
   // False, with an error, when others gave back more than they held.
   bool give_back() {
     is_held_ = false;
-    bool was_last;
-    return handle_drop(handle_, was_last);
+    return handle_drop(handle_) != HandleDrop::unknown;
   }
 
  private:
   std::uint32_t handle_;
   bool is_held_ = true;
 };
+
+// Lowers the references of a handle; without others its record is out of the table and `last`.
+// False for an unknown handle.
+bool lower_references(HandleTable& handles, std::uint32_t handle, HandleList::Owner& last) {
+  {
+    const ReadGuard guard(handles.lock);
+    HandleRecord* record = handles.list.find(handle);
+    if (record == nullptr) return false;
+    if (lower_if_uses_remain(record->references)) return true;
+  }
+  const WriteGuard guard(handles.lock);
+  HandleRecord* record = handles.list.find(handle);
+  if (record == nullptr) return false;
+  if (record->references.fetch_sub(1) <= 1) last = handles.list.remove(handle);
+  return true;
+}
 
 HandleList::Owner take_oldest(HandleTable& handles) {
   const WriteGuard guard(handles.lock);
@@ -90,14 +104,11 @@ bool call_group(std::uint32_t handle, std::uint32_t code, void* record) {
 
 }  // namespace
 
-bool handles_create() {
-  g_handles.store(platform::heap_new<HandleTable>().release(), std::memory_order_release);
-  return table() != nullptr;
-}
+bool handles_create() { return g_handles.create(); }
 
 void handles_destroy() {
-  const platform::HeapOwner<HandleTable> handles(table());
-  if (!handles) return;
+  HandleTable* const handles = g_handles.get();
+  if (handles == nullptr) return;
   // Modules may open handles while theirs are closed, but not keep the shutdown going for ever.
   std::size_t closes_left = kLateCloses;
   {
@@ -110,13 +121,13 @@ void handles_destroy() {
       close_owner(*oldest);
     }
     // A thread killed at process exit may have left a record in the list twice.
-    if (waiting_given_up()) static_cast<void>(oldest.release());
+    if (waiting_given_up()) std::ignore = oldest.release();
   }
-  g_handles.store(nullptr, std::memory_order_release);
+  g_handles.destroy();
 }
 
 std::uint32_t handle_issue() {
-  HandleTable* handles = table();
+  HandleTable* handles = g_handles.get();
   if (handles == nullptr) return 0;
   const WriteGuard guard(handles->lock);
   const HandleRecord* record = handles->list.add();
@@ -126,7 +137,7 @@ std::uint32_t handle_issue() {
 bool handle_bind(std::uint32_t handle, const qm_wchar* owner_name, std::uint32_t owner_handle) {
   OwnedText name = copy_text(owner_name);
   if (!name) return fail(QM_ERROR_NO_MEMORY);
-  if (HandleTable* handles = table()) {
+  if (HandleTable* handles = g_handles.get()) {
     const WriteGuard guard(handles->lock);
     HandleRecord* record = handles->list.find(handle);
     if (record != nullptr && record->kind == OwnerKind::unbound) {
@@ -139,22 +150,16 @@ bool handle_bind(std::uint32_t handle, const qm_wchar* owner_name, std::uint32_t
   return fail(QM_ERROR_ARGUMENT);
 }
 
-bool handle_drop(std::uint32_t handle, bool& was_last) {
-  was_last = false;
-  HandleTable* handles = table();
-  if (handles == nullptr) return fail_unknown(handle);
-  WriteGuard guard(handles->lock);
-  HandleRecord* record = handles->list.find(handle);
-  if (record == nullptr) {
-    guard.unlock();
-    return fail_unknown(handle);
+HandleDrop handle_drop(std::uint32_t handle) {
+  HandleTable* const handles = g_handles.get();
+  HandleList::Owner last;
+  if (handles == nullptr || !lower_references(*handles, handle, last)) {
+    fail_unknown(handle);
+    return HandleDrop::unknown;
   }
-  if (!drop_reference(*record)) return true;
-  const HandleList::Owner last = handles->list.remove(handle);
-  guard.unlock();
+  if (!last) return HandleDrop::others_remain;
   close_owner(*last);
-  was_last = true;
-  return true;
+  return HandleDrop::last;
 }
 
 bool handle_call(std::uint32_t handle, std::uint32_t code, void* record) {
@@ -175,7 +180,7 @@ bool handle_call(std::uint32_t handle, std::uint32_t code, void* record) {
 }
 
 bool handle_resolve(qm_resolve_handle* record) {
-  if (table() == nullptr) return refuse(QM_W("Not opened modules"));
+  if (g_handles.get() == nullptr) return refuse(QM_W("Not opened modules"));
   if (record == nullptr) return refuse(QM_W("(!ptr)"));
   HandleOwner owner;
   std::int32_t live;
@@ -188,8 +193,7 @@ bool handle_resolve(qm_resolve_handle* record) {
     return true;
   }
   // The caller cannot know of the reference, so it is not left to him.
-  bool was_last;
-  handle_drop(record->handle, was_last);
+  handle_drop(record->handle);
   return fail(QM_ERROR_ARGUMENT);
 }
 
@@ -201,23 +205,22 @@ bool handle_reference(const qm_handle_ref& record) {
 
 bool handle_release(qm_handle_ref* record) {
   // Modules that are closed late in the shutdown may still give their handles back.
-  if (table() == nullptr) return true;
+  if (g_handles.get() == nullptr) return true;
   if (record == nullptr) return refuse(QM_W("(!ptr)"));
-  bool was_last;
-  if (!handle_drop(record->handle, was_last)) return false;
-  if (was_last) record->handle = 0;
-  return true;
+  const HandleDrop dropped = handle_drop(record->handle);
+  if (dropped == HandleDrop::last) record->handle = 0;
+  return dropped != HandleDrop::unknown;
 }
 
 qmString handle_statistics() {
   constexpr std::int64_t kTableSize = 56;
   constexpr std::int64_t kRecordSize = 32;
-  static std::atomic<std::int32_t> last_count{0};
-  static std::atomic<std::int64_t> last_size{0};
+  static constinit LastReported last_count;
+  static constinit LastReported last_size;
 
   std::int32_t count = 0;
   std::int64_t size = kTableSize;
-  if (HandleTable* handles = table()) {
+  if (HandleTable* handles = g_handles.get()) {
     const ReadGuard guard(handles->lock);
     for (const HandleRecord* record : handles->list) {
       ++count;
@@ -226,13 +229,8 @@ qmString handle_statistics() {
       size += 2 * (static_cast<std::int64_t>(view_of(record->owner_name.get()).size()) + 1);
     }
   }
-  char text[160];
-  const int length = format_narrow(
-      text, sizeof text, "[QMHANDLES] nhandles: %i (%i), allsize: %lli (%lli) bytes\n", count,
-      count - last_count.exchange(count), size, size - last_size.exchange(size));
-  qmString line;
-  if (length <= 0 || !line.assign(text)) throw std::runtime_error("Error during formatting.");
-  return line;
+  return statistics_line("[QMHANDLES] nhandles: %i (%lli), allsize: %lli (%lli) bytes\n", count,
+                         last_count.change_to(count), size, last_size.change_to(size));
 }
 
 }  // namespace qmsd

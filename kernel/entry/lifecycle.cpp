@@ -6,8 +6,8 @@
 #include <cstddef>
 
 #include "include/qmsd7.h"
-#include "kernel/base/semaphore.h"
 #include "kernel/base/trace.h"
+#include "kernel/base/waiting.h"
 #include "kernel/entry/handle_table.h"
 #include "kernel/errors/error_state.h"
 #include "memory/tracked_allocator.h"

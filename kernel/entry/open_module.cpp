@@ -60,8 +60,7 @@ class IssuedHandle {
   ~IssuedHandle() {
     if (value_ == 0) return;
     const SavedError error;
-    bool was_last;
-    handle_drop(value_, was_last);
+    handle_drop(value_);
   }
   IssuedHandle(const IssuedHandle&) = delete;
   IssuedHandle& operator=(const IssuedHandle&) = delete;

@@ -2,9 +2,10 @@
 // happens under it, so the runtime is asked for a text before the lock is taken.
 #include "services/tables/error_texts.h"
 
-#include <atomic>
+#include <tuple>
 #include <utility>
 
+#include "kernel/base/process_wide.h"
 #include "platform/runtime_text.h"
 #include "services/tables/id_text_table.h"
 #include "services/text/strings.h"
@@ -15,9 +16,7 @@ namespace {
 
 using ErrorTexts = SharedTextTable<Descending, 16>;
 
-std::atomic<ErrorTexts*> g_errors{nullptr};
-
-ErrorTexts* table() { return g_errors.load(std::memory_order_acquire); }
+ProcessWide<ErrorTexts> g_errors;
 
 TextFound copy_out(const IdText& entry, qm_wchar* buffer, std::size_t length) {
   wcs_copy_bounded(buffer, static_cast<std::ptrdiff_t>(length), entry.text);
@@ -44,16 +43,12 @@ TextFound learn(ErrorTexts& errors, std::int32_t code, qm_wchar* buffer, std::si
 
 }  // namespace
 
-bool errors_create() {
-  g_errors.store(platform::heap_new<ErrorTexts>(LockRank::error_texts).release(),
-                 std::memory_order_release);
-  return table() != nullptr;
-}
+bool errors_create() { return g_errors.create(LockRank::error_texts); }
 
-void errors_destroy() { destroy_table(g_errors); }
+void errors_destroy() { g_errors.destroy(); }
 
 bool errors_set(std::int32_t code, const qm_wchar* text) {
-  ErrorTexts* errors = table();
+  ErrorTexts* errors = g_errors.get();
   if (errors == nullptr) return false;
   const WriteGuard guard(errors->lock);
   if (IdText* known = errors->entries.find(code)) return errors->entries.replace(*known, text);
@@ -64,7 +59,7 @@ bool errors_set(std::int32_t code, const qm_wchar* text) {
 
 TextFound errors_lookup(std::int32_t code, qm_wchar* buffer, std::size_t length) {
   *buffer = 0;
-  ErrorTexts* errors = table();
+  ErrorTexts* errors = g_errors.get();
   if (errors == nullptr) return TextFound::no_table;
   {
     const ReadGuard guard(errors->lock);
@@ -74,7 +69,7 @@ TextFound errors_lookup(std::int32_t code, qm_wchar* buffer, std::size_t length)
 }
 
 bool errors_claim_loading() {
-  ErrorTexts* errors = table();
+  ErrorTexts* errors = g_errors.get();
   return errors != nullptr && errors->claim_loading();
 }
 

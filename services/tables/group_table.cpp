@@ -1,9 +1,9 @@
 // The group table and its built-in rows.
 #include "services/tables/group_table.h"
 
-#include <atomic>
 #include <utility>
 
+#include "kernel/base/process_wide.h"
 #include "services/tables/id_text_table.h"
 #include "services/text/strings.h"
 #include "services/text/text.h"
@@ -25,9 +25,7 @@ constexpr struct {
     {0x1110, QM_W("qmjpeg8")},    {0x1111, QM_W("qmjpeg12")},   {0x1113, QM_W("qmwsq")},
 };
 
-std::atomic<Groups*> g_groups{nullptr};
-
-Groups* table() { return g_groups.load(std::memory_order_acquire); }
+ProcessWide<Groups> g_groups;
 
 bool fill(Groups& groups) {
   for (const auto& row : kBuiltInGroups) {
@@ -42,15 +40,13 @@ bool fill(Groups& groups) {
 
 bool groups_create() {
   platform::HeapOwner<Groups> groups = platform::heap_new<Groups>(LockRank::groups);
-  if (!groups || !fill(*groups)) return false;
-  g_groups.store(groups.release(), std::memory_order_release);
-  return true;
+  return groups && fill(*groups) && g_groups.publish(std::move(groups));
 }
 
-void groups_destroy() { destroy_table(g_groups); }
+void groups_destroy() { g_groups.destroy(); }
 
 bool groups_set(std::int32_t id, const qm_wchar* text) {
-  Groups* groups = table();
+  Groups* groups = g_groups.get();
   if (groups == nullptr) return false;
   const WriteGuard guard(groups->lock);
   IdText* row = groups->entries.find(id);
@@ -67,7 +63,7 @@ bool groups_set(std::int32_t id, const qm_wchar* text) {
 
 bool groups_lookup(std::uint16_t group, qm_wchar (&name)[kGroupNameLength]) {
   name[0] = 0;
-  Groups* groups = table();
+  Groups* groups = g_groups.get();
   if (groups == nullptr) return false;
   const ReadGuard guard(groups->lock);
   const IdText* row = groups->entries.find(group);
@@ -77,7 +73,7 @@ bool groups_lookup(std::uint16_t group, qm_wchar (&name)[kGroupNameLength]) {
 }
 
 bool groups_claim_loading() {
-  Groups* groups = table();
+  Groups* groups = g_groups.get();
   return groups != nullptr && groups->claim_loading();
 }
 

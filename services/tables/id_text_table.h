@@ -7,13 +7,11 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
 #include <utility>
 
 #include "include/qmsd7.h"
 #include "kernel/base/growable_array.h"
 #include "kernel/base/rw_lock.h"
-#include "kernel/base/semaphore.h"
 #include "platform/heap.h"
 #include "services/text/text.h"
 
@@ -118,28 +116,13 @@ class SharedTextTable {
   explicit SharedTextTable(LockRank rank) noexcept : lock(rank) {}
 
   // True for the first caller only.
-  bool claim_loading() {
-    const SemaphoreGuard guard(loader_);
-    return !std::exchange(claimed_, true);
-  }
+  bool claim_loading() noexcept { return !claimed_.exchange(true); }
 
   RwLock lock;  // guards the entries
   IdTextTable<Order, Step> entries;
 
  private:
-  Semaphore loader_{LockRank::loader};
-  bool claimed_ = false;
+  std::atomic<bool> claimed_{false};
 };
-
-// Nobody finds the table any more; whoever still works in it is waited for.
-template <class Table>
-void destroy_table(std::atomic<Table*>& shared) {
-  platform::HeapOwner<Table> table(shared.exchange(nullptr, std::memory_order_acq_rel));
-  if (!table) return;
-  const WriteGuard guard(table->lock);
-  // Killed at process exit, another thread may have left a change half done: nothing may follow the
-  // table's pointers then, and the system takes the memory back anyway.
-  if (!guard.held()) std::ignore = table.release();
-}
 
 }  // namespace qmsd

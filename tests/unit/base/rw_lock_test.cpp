@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "kernel/base/semaphore.h"
+#include "kernel/base/waiting.h"
 
 namespace qmsd {
 namespace {

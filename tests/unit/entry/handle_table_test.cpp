@@ -51,9 +51,7 @@ TEST_F(HandleTable, ResolvesNoUnboundHandleAndKeepsNoReference) {
   EXPECT_EQ(record.owner_handle, 0u);
   EXPECT_EQ(record.library, nullptr);
   EXPECT_EQ(record.entry, nullptr);
-  bool was_last = false;
-  EXPECT_TRUE(handle_drop(handle, was_last));
-  EXPECT_TRUE(was_last);
+  EXPECT_EQ(handle_drop(handle), HandleDrop::last);
 }
 
 TEST_F(HandleTable, RefusesCallsThroughAnUnboundHandle) {
@@ -103,8 +101,7 @@ TEST_F(HandleTable, ReportsCountAndSizeWithTheirChanges) {
   open("tm_plain");
   EXPECT_EQ(statistics(), "[QMHANDLES] nhandles: 3 (2), allsize: 188 (100) bytes\n");
   EXPECT_EQ(statistics(), "[QMHANDLES] nhandles: 3 (0), allsize: 188 (0) bytes\n");
-  bool was_last;
-  EXPECT_TRUE(handle_drop(unbound, was_last));
+  EXPECT_EQ(handle_drop(unbound), HandleDrop::last);
   EXPECT_EQ(statistics(), "[QMHANDLES] nhandles: 2 (-1), allsize: 156 (-32) bytes\n");
 }
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "kernel/base/semaphore.h"
+#include "kernel/base/waiting.h"
 #include "platform/clock.h"
 #include "services/text/text.h"
 #include "tests/support/allocation_failures.h"
@@ -195,15 +195,13 @@ bool leaves_a_torn_table_alone() {
   }).detach();
   while (!g_inside) std::this_thread::yield();
   give_up_waiting();
-  return table.remove_last() == nullptr && !table.is_whole();
+  return table.remove_last() == nullptr;
 }
 
 TEST(TornTable, IsLeftAlone) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::_Exit(leaves_a_torn_table_alone() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
-
-TEST_F(Table, IsWholeUnlessItsLockIsLost) { EXPECT_TRUE(table.is_whole()); }
 
 }  // namespace
 }  // namespace qmsd

@@ -4,12 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <thread>
-#include <tuple>
 #include <utility>
 
 #include "tests/support/allocation_failures.h"
@@ -141,34 +137,6 @@ TEST(SharedTextTable, IsClaimedOnce) {
   SharedTextTable<Ascending, 32> table(LockRank::groups);
   EXPECT_TRUE(table.claim_loading());
   EXPECT_FALSE(table.claim_loading());
-}
-
-using Shared = SharedTextTable<Ascending, 32>;
-
-TEST(SharedTextTable, IsDestroyedOnce) {
-  std::atomic<Shared*> shared = platform::heap_new<Shared>(LockRank::groups).release();
-  ASSERT_TRUE(insert(shared.load()->entries, 5));
-  destroy_table(shared);
-  EXPECT_EQ(shared, nullptr);
-  destroy_table(shared);
-}
-
-// A thread that is gone holds the lock, and has left a pointer behind that leads nowhere.
-bool leaves_a_torn_table_alone() {
-  std::atomic<Shared*> shared = platform::heap_new<Shared>(LockRank::groups).release();
-  Shared* table = shared;
-  if (!insert(table->entries, 5)) return false;
-  std::thread([table] {
-    std::ignore = table->lock.lock_exclusive();
-    platform::heap_free(table->entries.find(5)->text);
-  }).join();
-  give_up_waiting();
-  destroy_table(shared);
-  return shared == nullptr;
-}
-
-TEST(SharedTextTableDeathTest, ATornTableIsLeftToTheEndOfTheProcess) {
-  EXPECT_EXIT(std::_Exit(leaves_a_torn_table_alone() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

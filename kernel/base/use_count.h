@@ -1,0 +1,21 @@
+// Counts of uses that keep an entry in its table.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace qmsd {
+
+using UseCount = std::atomic<std::int32_t>;
+
+// Lowers a count unless that would end the entry's life: whoever reads the table may do the first,
+// while the second takes the lock exclusively.
+inline bool lower_if_uses_remain(UseCount& uses, std::int32_t by = 1) noexcept {
+  std::int32_t now = uses.load(std::memory_order_relaxed);
+  while (now > by) {
+    if (uses.compare_exchange_weak(now, now - by, std::memory_order_acq_rel)) return true;
+  }
+  return false;
+}
+
+}  // namespace qmsd
