@@ -1,12 +1,14 @@
 // Slots: 8-byte cells shared by number.
 #include <cstring>
+#include <thread>
+#include <vector>
 
-#include "tests/contract/support/kernel_test.h"
+#include "tests/contract/support/module_test.h"
 
 namespace contract {
 namespace {
 
-class Slots : public KernelTest {
+class Slots : public ModuleTest {
  protected:
   qm_slot create() {
     auto record = poisoned<qm_slot>();
@@ -85,6 +87,60 @@ TEST_F(Slots, UnknownNumbersAreRefused) {
     expect_unknown(QM_CALL_SLOTJOIN, id);
     expect_unknown(QM_CALL_SLOTRELEASE, id);
   }
+}
+
+// Ending at once whoever is last: no use is lost, none counts twice.
+TEST_F(Slots, EndWithTheLastOfManyThreads) {
+  constexpr int kThreads = 8;
+  for (int times = 0; times < 50; ++times) {
+    const std::int32_t id = create().id;
+    for (int user = 1; user < kThreads; ++user) join(id);
+    {
+      std::vector<std::jthread> threads;
+      for (int user = 0; user < kThreads; ++user) {
+        threads.emplace_back([this, id] { release(id); });
+      }
+    }
+    expect_unknown(QM_CALL_SLOTJOIN, id);
+  }
+}
+
+// ---- Modules -----------------------------------------------------------------------------------
+
+TEST_F(Slots, AreSharedByModulesThatDoNotKnowEachOther) {
+  install("tm_plain");
+  install("tm_other");
+  const std::uint32_t first = open(QM_W("tm_plain"));
+  const std::uint32_t second = open(QM_W("tm_other"));
+  const auto through = [this](std::uint32_t module, std::uint32_t code, qm_slot* slot) {
+    tm_forward forward{0, code, slot, 0};
+    EXPECT_EQ(kernel().through(module, TM_FORWARD, &forward), 1);
+    return forward.result;
+  };
+
+  auto created = poisoned<qm_slot>();
+  EXPECT_EQ(through(first, QM_CALL_SLOTCREATE, &created), 1);
+  qm_slot joined{created.id, nullptr};
+  EXPECT_EQ(through(second, QM_CALL_SLOTJOIN, &joined), 1);
+  EXPECT_EQ(joined.data, created.data);
+
+  // It does not belong to who made it.
+  EXPECT_EQ(through(first, QM_CALL_SLOTRELEASE, &created), 1);
+  EXPECT_TRUE(close(first));
+  EXPECT_FALSE(is_loaded("tm_plain"));
+  EXPECT_EQ(join(created.id), joined.data);
+  release(created.id);
+
+  EXPECT_EQ(through(second, QM_CALL_SLOTRELEASE, &joined), 1);
+  EXPECT_EQ(through(second, QM_CALL_SLOTJOIN, &joined), 0);
+  EXPECT_TRUE(close(second));
+}
+
+TEST_F(Slots, EndWithTheKernel) {
+  for (int i = 0; i < 40; ++i) join(create().id);
+  load_kernel();
+  expect_unknown(QM_CALL_SLOTJOIN, 1);
+  EXPECT_EQ(create().id, 1);
 }
 
 }  // namespace
