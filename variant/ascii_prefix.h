@@ -1,4 +1,4 @@
-// The ASCII that a wide text begins with, narrowed: numbers and date-times are made of nothing else.
+// The ASCII that a wide text begins with, narrowed: numbers and date-times consist of nothing else.
 #pragma once
 
 #include <cstddef>

@@ -23,7 +23,7 @@ constexpr bool fits(std::int32_t count, std::int32_t width, std::int32_t capacit
   return std::int64_t{count} * width <= capacity;
 }
 
-// The sum of what was written, or kConversionFailed with an error recorded. Several targets must fit.
+// The sum of what was written, or kConversionFailed with an error recorded. Several targets fit.
 std::int32_t convert_slice(const Slice& slice);
 
 }  // namespace qmsd
