@@ -7,21 +7,29 @@
 
 namespace qmsd {
 
-Name* Name::make(WideView text) {
-  void* memory = platform::heap_allocate(sizeof(Name) + (text.size() + 1) * sizeof(qm_wchar));
+qm_wchar* make_name(WideView text) {
+  const std::size_t units = (text.size() + 1) * sizeof(qm_wchar);
+  void* memory = platform::heap_allocate(sizeof(NameHeader) + units);
   if (memory == nullptr) return nullptr;
-  auto* name = ::new (memory) Name(text.size());
-  auto* units = reinterpret_cast<qm_wchar*>(name + 1);
-  text.copy(units, text.size());
-  units[text.size()] = 0;
+  auto* header = ::new (memory) NameHeader{text.size(), 1};
+  auto* name = reinterpret_cast<qm_wchar*>(header + 1);
+  text.copy(name, text.size());
+  name[text.size()] = 0;
   return name;
 }
 
-void Name::drop_reference() noexcept {
+qm_wchar* share_name(qm_wchar* name) noexcept {
+  if (name != nullptr) header_of(name).references.fetch_add(1, std::memory_order_relaxed);
+  return name;
+}
+
+void drop_name(qm_wchar* name) noexcept {
+  if (name == nullptr) return;
+  NameHeader& header = header_of(name);
   // Whoever holds the only reference need not fear that another thread takes one.
-  const bool is_last = references_.load(std::memory_order_acquire) == 1 ||
-                       references_.fetch_sub(1, std::memory_order_acq_rel) == 1;
-  if (is_last) platform::heap_free(this);
+  const bool is_last = header.references.load(std::memory_order_acquire) == 1 ||
+                       header.references.fetch_sub(1, std::memory_order_acq_rel) == 1;
+  if (is_last) platform::heap_free(&header);
 }
 
 }  // namespace qmsd

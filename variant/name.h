@@ -1,4 +1,5 @@
-// The names of variants. A name never changes, so a variant and its copies share one.
+// The names of variants. A name never changes, so a variant and its copies share one. It is told by
+// its text; what the sharing needs lies in front of that.
 #pragma once
 
 #include <atomic>
@@ -9,23 +10,21 @@
 
 namespace qmsd {
 
-// What a name in memory begins with; its text and a terminator follow.
-class Name {
- public:
-  // With one reference; null when memory is exhausted.
-  [[nodiscard]] static Name* make(WideView text);
+// With one reference; null when memory is exhausted.
+[[nodiscard]] qm_wchar* make_name(WideView text);
+// Null is a name, too: none.
+qm_wchar* share_name(qm_wchar* name) noexcept;
+void drop_name(qm_wchar* name) noexcept;  // with the last reference the name goes
 
-  void add_reference() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
-  void drop_reference() noexcept;  // the last one frees the name
-
-  const qm_wchar* text() const noexcept { return reinterpret_cast<const qm_wchar*>(this + 1); }
-  WideView view() const noexcept { return {text(), length_}; }
-
- private:
-  explicit Name(std::size_t length) noexcept : length_(length) {}
-
-  const std::size_t length_;
-  std::atomic<std::uint32_t> references_{1};
+struct NameHeader {
+  std::size_t length;
+  std::atomic<std::uint32_t> references;
 };
+
+// Only for a name that was made here and is not null.
+inline NameHeader& header_of(qm_wchar* name) noexcept {
+  return reinterpret_cast<NameHeader*>(name)[-1];
+}
+inline WideView name_text(qm_wchar* name) noexcept { return {name, header_of(name).length}; }
 
 }  // namespace qmsd

@@ -11,7 +11,7 @@ std::int32_t ReleaseList::drop(qm_variant& variant) noexcept {
   const std::int32_t before = variant.drop_reference();
   if (before == 1) {
     // The name is of no use to the dead, so its place holds the list together.
-    if (variant.name_ != nullptr) variant.name_->drop_reference();
+    drop_name(variant.name_);
     variant.next_dead_ = dead_;
     dead_ = &variant;
   }

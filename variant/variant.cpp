@@ -27,18 +27,14 @@ qm_variant::~qm_variant() {
     qmsd::platform::heap_free(value_.block.bytes);
   }
   qmsd::platform::heap_free(codes_);
-  if (name_ != nullptr) name_->drop_reference();
+  qmsd::drop_name(name_);
   qmsd::platform::heap_free(attributes_);
-}
-
-const qm_wchar* qm_variant::name() const noexcept {
-  return name_ == nullptr ? nullptr : name_->text();
 }
 
 bool qm_variant::set_name(const qm_wchar* name) {
   if (name == nullptr) return true;
   const qmsd::WideView text(name);
-  name_ = qmsd::Name::make(text);
+  name_ = qmsd::make_name(text);
   name_hash_ = qmsd::name_hash(text);
   return name_ != nullptr;
 }
@@ -119,11 +115,8 @@ qmsd::platform::HeapOwner<qm_variant> qm_variant::copy_without_children() const 
   auto copy = qmsd::platform::heap_new<qm_variant>();
   if (!copy) return nullptr;
   copy->id_ = id_;
-  if (name_ != nullptr) {
-    name_->add_reference();
-    copy->name_ = name_;
-    copy->name_hash_ = name_hash_;
-  }
+  copy->name_ = qmsd::share_name(name_);
+  copy->name_hash_ = name_hash_;
   switch (kind()) {
     case Kind::scalar:
       copy->become_scalar(type_, size_, value_.bits);

@@ -46,13 +46,13 @@ struct qm_variant {
   std::int32_t type() const noexcept { return type_; }
   std::int32_t size() const noexcept { return size_; }
   qmsd::Kind kind() const noexcept { return qmsd::kind_of(type_); }
-  const qm_wchar* name() const noexcept;  // null for none
+  const qm_wchar* name() const noexcept { return name_; }  // null for none
   // No name is matched by unnamed variants only. The hash belongs to the name.
   bool is_named(const std::optional<qmsd::WideView>& name, std::uint32_t hash) const noexcept {
     if (name_hash_ != hash) return false;
     if (name_ == nullptr || !name) return name_ == nullptr && !name;
     // Names with the same hash mostly begin alike, so they are told apart from behind.
-    const qmsd::WideView own = name_->view();
+    const qmsd::WideView own = qmsd::name_text(name_);
     return own.size() == name->size() && std::equal(own.rbegin(), own.rend(), name->rbegin());
   }
   // What the information call reports: elements, items, or 1 for other values.
@@ -124,7 +124,7 @@ struct qm_variant {
   std::uint32_t* codes_ = nullptr;
   std::uint32_t name_hash_ = 0xFFFFFFFF;
   union {
-    qmsd::Name* name_ = nullptr;
+    qm_wchar* name_ = nullptr;
     qm_variant* next_dead_;  // once the last reference has gone
   };
   qm_variant** attributes_ = nullptr;
