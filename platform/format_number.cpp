@@ -6,6 +6,7 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <span>
 
 namespace qmsd::platform {
 namespace {
@@ -16,8 +17,7 @@ constexpr int kMantissaBits = 52;
 
 bool is_upper(char32_t type) { return type >= 'A' && type <= 'Z'; }
 
-// Places behind the binary point, below 0 for multiples of 2. A finite number is half way between
-// two decimals of p places exactly when it has p + 1 binary ones.
+// Places behind the binary point, below 0 for multiples of 2.
 int binary_places(double magnitude) {
   const auto bits = std::bit_cast<std::uint64_t>(magnitude);
   const std::uint64_t fraction = bits & ((std::uint64_t{1} << kMantissaBits) - 1);
@@ -28,8 +28,25 @@ int binary_places(double magnitude) {
   return lowest_place - std::countr_zero(mantissa);
 }
 
-// to_chars() gives ties to the even neighbour; from one step further on they go away from zero.
-double beyond_tie(double magnitude) { return std::nextafter(magnitude, HUGE_VAL); }
+// to_chars() rounds a number that is half way between two decimals of so many places to the even
+// one. Such a number has one binary place more; not all that have are ties if the place is in front
+// of the decimal point.
+bool may_be_tie(double magnitude, int places) {
+  return magnitude != 0 && binary_places(magnitude) == places + 1;
+}
+
+// Adds one in the last place. True when there were only nines, which are zeros now.
+bool increment(std::span<char> digits) {
+  for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
+    if (*digit == '.') continue;
+    if (*digit != '9') {
+      ++*digit;
+      return false;
+    }
+    *digit = '0';
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -97,32 +114,56 @@ void NumberText::set_exponent(char letter, int exponent, std::size_t least_digit
   suffix_length_ = static_cast<std::size_t>(std::copy(digits, end, to) - suffix_);
 }
 
+// Cuts the body, which holds all digits of a number, and rounds away from zero what is half way.
+// True when all that is left are zeros and one has to come in front of them.
+bool NumberText::round_body(int places) noexcept {
+  const std::size_t point = body().find('.');
+  const std::size_t end = point + 1 + static_cast<std::size_t>(places);
+  const bool up = body_[end] >= '5';
+  body_length_ = places == 0 ? point : end;
+  return up && increment({body_, body_length_});
+}
+
 void NumberText::set_fixed(double magnitude, int precision, bool point) noexcept {
   const int digits = std::min(precision, kMostDigits);
-  if (magnitude != 0 && binary_places(magnitude) == digits + 1) magnitude = beyond_tie(magnitude);
-  const char* end =
-      std::to_chars(body_, body_ + sizeof body_, magnitude, std::chars_format::fixed, digits).ptr;
+  const bool tie = may_be_tie(magnitude, digits);
+  const char* end = std::to_chars(body_, body_ + sizeof body_, magnitude, std::chars_format::fixed,
+                                  tie ? digits + 1 : digits)
+                        .ptr;
   body_length_ = static_cast<std::size_t>(end - body_);
+  if (tie && round_body(digits)) {
+    std::copy_backward(body_, body_ + body_length_, body_ + body_length_ + 1);
+    body_[0] = '1';
+    ++body_length_;
+  }
   trailing_zeros_ = static_cast<std::size_t>(precision - digits);
   if (precision == 0 && point) add_body('.');
 }
 
 // Returns the decimal exponent.
+int NumberText::set_scientific_body(double magnitude, int digits) noexcept {
+  const char* end =
+      std::to_chars(body_, body_ + sizeof body_, magnitude, std::chars_format::scientific, digits)
+          .ptr;
+  const char* letter = std::find(body_, body_ + sizeof body_, 'e');
+  const char* number = letter[1] == '+' ? letter + 2 : letter + 1;
+  int exponent = 0;
+  std::from_chars(number, end, exponent);
+  body_length_ = static_cast<std::size_t>(letter - body_);
+  return exponent;
+}
+
+// Returns the decimal exponent.
 int NumberText::set_scientific(double magnitude, int precision, bool point) noexcept {
   const int digits = std::min(precision, kMostDigits);
-  int exponent = 0;
-  const auto print = [&](double value) {
-    const char* end =
-        std::to_chars(body_, body_ + sizeof body_, value, std::chars_format::scientific, digits)
-            .ptr;
-    const char* letter = std::find(body_, body_ + sizeof body_, 'e');
-    const char* number = letter[1] == '+' ? letter + 2 : letter + 1;
-    std::from_chars(number, end, exponent);
-    body_length_ = static_cast<std::size_t>(letter - body_);
-  };
-  print(magnitude);
-  if (magnitude != 0 && binary_places(magnitude) == digits - exponent + 1) {
-    print(beyond_tie(magnitude));
+  int exponent = set_scientific_body(magnitude, digits);
+  if (may_be_tie(magnitude, digits - exponent)) {
+    // All its digits: one more behind the decimal point, or else all that are in front of it.
+    exponent = set_scientific_body(magnitude, std::max(digits + 1, exponent));
+    if (round_body(digits)) {
+      body_[0] = '1';
+      ++exponent;
+    }
   }
   trailing_zeros_ = static_cast<std::size_t>(precision - digits);
   if (precision == 0 && point) add_body('.');

@@ -40,6 +40,8 @@ class NumberText {
   void set_hexadecimal(const Conversion& conversion, double magnitude) noexcept;
   void set_fixed(double magnitude, int precision, bool point) noexcept;
   int set_scientific(double magnitude, int precision, bool point) noexcept;
+  int set_scientific_body(double magnitude, int digits) noexcept;
+  bool round_body(int places) noexcept;
   void set_shorter(const Conversion& conversion, double magnitude, int precision) noexcept;
   void drop_trailing_zeros() noexcept;
 
