@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "platform/keep_errors.h"
+#include "platform/test_hooks.h"
 
 namespace qmsd::platform {
 namespace {

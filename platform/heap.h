@@ -19,10 +19,6 @@ namespace qmsd::platform {
 // Null is allowed. Keeps errno and the thread's last system error.
 void heap_free(void* block) noexcept;
 
-// Asked before each allocation, by any thread; false makes it fail. Null removes the gate.
-using AllocationGate = bool (*)(std::size_t bytes);
-void set_allocation_gate(AllocationGate gate) noexcept;
-
 struct HeapFree {
   void operator()(void* block) const noexcept { heap_free(block); }
 };

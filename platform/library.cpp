@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/system_paths.h"
+#include "platform/test_hooks.h"
 
 namespace qmsd::platform {
 namespace {

@@ -47,9 +47,4 @@ bool listed_system_directory(qm_wchar* buffer, std::size_t length);
 // `size` is above 0; the buffer is terminated in either case.
 std::size_t executable_name(char* buffer, std::size_t size) noexcept;
 
-// For tests: another directory in both roles above, kept by reference; null for the system's own.
-void set_system_directory(const qm_wchar* directory) noexcept;
-// For tests: whether executable_name() fails.
-void hide_executable_name(bool hidden) noexcept;
-
 }  // namespace qmsd::platform

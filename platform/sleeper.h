@@ -26,7 +26,4 @@ class Sleeper {
   std::atomic<std::uint32_t> tokens_{0};
 };
 
-// For tests: sleepers first used from now on do without the system's object, where there is one.
-void refuse_sleeper_objects(bool refused) noexcept;
-
 }  // namespace qmsd::platform

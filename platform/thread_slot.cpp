@@ -3,6 +3,8 @@
 
 #include <atomic>
 
+#include "platform/test_hooks.h"
+
 namespace qmsd::platform {
 namespace {
 

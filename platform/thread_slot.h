@@ -34,7 +34,4 @@ class ThreadSlot {
   bool created_ = false;
 };
 
-// Makes create() fail for the next `count` slots: how tests see a missing key.
-void fail_next_thread_slots(int count) noexcept;
-
 }  // namespace qmsd::platform

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <climits>
 
+#include "platform/test_hooks.h"
+
 namespace qmsd::platform {
 namespace {
 

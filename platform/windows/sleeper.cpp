@@ -6,6 +6,8 @@
 
 #include <climits>
 
+#include "platform/test_hooks.h"
+
 namespace qmsd::platform {
 namespace {
 

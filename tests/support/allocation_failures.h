@@ -8,6 +8,7 @@
 #include <new>
 
 #include "platform/heap.h"
+#include "platform/test_hooks.h"
 
 namespace qmsd::test {
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/test_hooks.h"
+
 namespace qmsd {
 namespace {
 

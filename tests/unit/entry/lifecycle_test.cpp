@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/test_hooks.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/unit/modules/module_test.h"
 

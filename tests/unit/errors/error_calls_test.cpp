@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kernel/errors/error_state.h"
+#include "platform/test_hooks.h"
 #include "platform/thread_slot.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/support/expect_error.h"

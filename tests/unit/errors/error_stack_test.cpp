@@ -7,6 +7,7 @@
 #include "kernel/errors/error_calls.h"
 #include "kernel/errors/error_state.h"
 #include "kernel/errors/thread_error.h"
+#include "platform/test_hooks.h"
 #include "platform/thread_slot.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/support/expect_error.h"

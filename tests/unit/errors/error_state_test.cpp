@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kernel/errors/thread_error.h"
+#include "platform/test_hooks.h"
 #include "platform/thread_slot.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/support/expect_error.h"

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <string>
 
+#include "platform/test_hooks.h"
 #include "services/text/text.h"
 
 namespace qmsd {

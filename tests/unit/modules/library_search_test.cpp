@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/test_hooks.h"
 #include "tests/unit/modules/module_test.h"
 
 namespace qmsd {

@@ -11,6 +11,7 @@
 
 #include "memory/tracked_allocator.h"
 #include "platform/directory.h"
+#include "platform/test_hooks.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/support/poison.h"
 #include "tests/unit/modules/module_test.h"

@@ -8,6 +8,7 @@
 
 #include "kernel/base/waiting.h"
 #include "platform/clock.h"
+#include "platform/test_hooks.h"
 #include "services/text/text.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/unit/modules/module_test.h"

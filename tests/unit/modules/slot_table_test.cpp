@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "platform/heap.h"
+#include "platform/test_hooks.h"
 
 namespace qmsd {
 namespace {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "platform/test_hooks.h"
+
 namespace qmsd::platform {
 namespace {
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/test_hooks.h"
 #include "tests/unit/platform/surroundings.h"
 
 namespace qmsd::platform {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/clock.h"
+#include "platform/test_hooks.h"
 
 namespace qmsd::platform {
 namespace {

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <thread>
 
+#include "platform/test_hooks.h"
+
 namespace qmsd::platform {
 namespace {
 
