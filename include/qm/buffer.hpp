@@ -45,8 +45,8 @@ struct BlockPolicy {
 
 }  // namespace detail
 
-/// A tracked block. A module may allocate one and a host release it, or the other way round, however
-/// different their runtimes are.
+/// A tracked block. A module may allocate one and a host release it, or the other way round,
+/// however different their runtimes are.
 /// Owner: of the block, unless release() hands it over. Threads: one Buffer is one thread's at a
 /// time; any thread may release it.
 ///
@@ -164,8 +164,9 @@ struct Block {
   std::int32_t line;
 };
 
-/// Every live tracked block of the process: what is left at the end was forgotten by somebody. The
-/// thread's error state stays as it is.
+/// Every live tracked block of the process. What is left at the end was forgotten by somebody; only
+/// the version texts of loaded modules are the kernel's own. The thread's error state stays as it
+/// is.
 /// Owner: the result is a copy. Errors: those of any call. Threads: any; others may allocate
 /// meanwhile.
 ///

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <qm/buffer.hpp>
+#include <qm/children.hpp>
+#include <qm/date_time.hpp>
 #include <qm/error.hpp>
 #include <qm/error_state.hpp>
 #include <qm/files.hpp>
@@ -12,4 +14,6 @@
 #include <qm/result.hpp>
 #include <qm/slot.hpp>
 #include <qm/text.hpp>
+#include <qm/value.hpp>
+#include <qm/variant.hpp>
 #include <qm/version.hpp>

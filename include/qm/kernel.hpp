@@ -47,7 +47,7 @@ class Kernel {
   ///     qm_mem_size unknown{};
   ///     check(kernel.call(QM_CALL_NOP) == 1);
   ///     check(!kernel.try_call(QM_CALL_MEMSIZE, &unknown));
-  ///     check(kernel.try_call_at(0x7777, 0x12340000, nullptr).error().code() == 2);
+  ///     check(kernel.try_call_at(0x7777, 0x12340000).error().code() == QM_ERROR_ARGUMENT);
   std::int32_t call(std::uint32_t function, void* record = nullptr) const {
     return try_call(function, record).value();
   }

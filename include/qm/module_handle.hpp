@@ -75,7 +75,8 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
     });
   }
 
-  /// Calls the module. `record` stays the caller's. Returns what the module returned, which is not 0.
+  /// Calls the module. `record` stays the caller's. Returns what the module returned, which is not
+  /// 0.
   /// Errors: 22 for an empty owner; otherwise the thread's error state right after a call that
   /// returned 0. Threads: any, as far as the module allows.
   ///
