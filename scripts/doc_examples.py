@@ -1,46 +1,110 @@
 #!/usr/bin/env python3
-"""Makes one C program of a document's examples: every fenced block marked "c run" becomes a function.
+"""Makes one program of the examples in documents or C++ headers: each becomes a function.
 
-usage: doc_examples.py DOCUMENT.md PROGRAM.c
+usage: doc_examples.py PROGRAM.c|PROGRAM.cpp SOURCE...
+
+The examples of a document are the fenced blocks marked "c run" or "cpp run", by the program's
+language; those of a header are the lines indented by four in its /// comments. In C++ `kernel` is
+the linked kernel. `check(condition)` ends the program when it does not hold.
 """
 import pathlib
 import re
 import sys
 
-HEAD = """/* Made from {name}; run by the tests. */
-#include <qmsd7.h>
+CHECK = """
+static void check_at(int passed, const char* file, int line, const char* what) {
+  if (passed) return;
+  printf("%s:%d: %s\\n", file, line, what);
+  exit(1);
+}
+#define check(condition) check_at((condition) != 0, __FILE__, __LINE__, #condition)
+"""
+
+C_HEAD = """#include <qmsd7.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+""" + CHECK
 
-static int example;
+CPP_HEAD = """#include <qm/client.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+""" + CHECK
 
-static void check_at(int passed, int line, const char* what) {{
-  if (passed) return;
-  printf("{name}, example %d, line %d: %s\\n", example, line, what);
-  exit(1);
-}}
-#define check(condition) check_at((condition) != 0, __LINE__, #condition)
+C_MAIN = """int main(void) {
+%s  return 0;
+}
 """
 
-BLOCK = re.compile(r"^```c run\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+# No example may leave a block behind.
+CPP_MAIN = """static void run(void (*example)(qm::Kernel), const char* place) {
+  const qm::Kernel kernel = qm::Kernel::linked();
+  try {
+    example(kernel);
+  } catch (const std::exception& error) {
+    check_at(0, place, 0, error.what());
+  }
+  check_at(qm::live_blocks(kernel).empty(), place, 0, "blocks are left");
+}
+
+int main() {
+%s}
+"""
+
+COMMENT = re.compile(r"^ *///.*\n(?: *///.*\n)*", re.MULTILINE)
 
 
-def main(document, program):
-    text = pathlib.Path(document).read_text(encoding="utf-8")
-    blocks = list(BLOCK.finditer(text))
-    if not blocks:
-        sys.exit(f"{document}: there are no examples to run")
-    name = pathlib.Path(document).name
-    parts = [HEAD.format(name=name)]
-    for number, block in enumerate(blocks, 1):
-        line = text.count("\n", 0, block.start()) + 2
-        parts.append(f"static void example_{number}(void) {{\n"
-                     f"#line {line} \"{name}\"\n{block.group(1)}}}\n")
-    calls = "".join(f"  example = {number};\n  example_{number}();\n"
-                    for number in range(1, len(blocks) + 1))
-    parts.append(f"int main(void) {{\n{calls}  return 0;\n}}\n")
-    pathlib.Path(program).write_text("\n".join(parts), encoding="utf-8")
+def line_of(text, position):
+    return text.count("\n", 0, position) + 1
+
+
+def examples_of_document(text, language):
+    """(line, code) of each fenced block that is to run."""
+    fence = re.compile(rf"^```{language} run\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+    return [(line_of(text, block.start(1)), block[1]) for block in fence.finditer(text)]
+
+
+def examples_of_header(text, path):
+    """The same of each comment; one that speaks of errors describes a function and needs one."""
+    found = []
+    for comment in COMMENT.finditer(text):
+        first = line_of(text, comment.start())
+        lines = [line.strip().removeprefix("///") for line in comment[0].splitlines()]
+        code = [(number, line) for number, line in enumerate(lines, first)
+                if line.startswith(" " * 5)]
+        if code:
+            found.append((code[0][0], "".join(line[5:] + "\n" for _, line in code)))
+        elif any("Errors:" in line for line in lines):
+            sys.exit(f"{path}:{first}: no example")
+    return found
+
+
+def examples_of(path, language):
+    text = path.read_text(encoding="utf-8")
+    if path.suffix == ".hpp":
+        examples = examples_of_header(text, path)
+    else:
+        examples = examples_of_document(text, language)
+    if not examples:
+        sys.exit(f"{path}: there are no examples to run")
+    return examples
+
+
+def main(program, *sources):
+    program = pathlib.Path(program)
+    cpp = program.suffix == ".cpp"
+    parts = [CPP_HEAD if cpp else C_HEAD]
+    calls = []
+    for path in map(pathlib.Path, sources):
+        for line, code in examples_of(path, program.suffix[1:]):
+            name = f"example_{len(calls) + 1}"
+            parameters = "[[maybe_unused]] qm::Kernel kernel" if cpp else "void"
+            parts.append(f"static void {name}({parameters}) {{\n"
+                         f"#line {line} \"{path.name}\"\n{code}}}\n")
+            calls.append(f"  run({name}, \"{path.name}:{line}\");\n" if cpp else f"  {name}();\n")
+    parts.append((CPP_MAIN if cpp else C_MAIN) % "".join(calls))
+    program.write_text("\n".join(parts), encoding="utf-8")
 
 
 if __name__ == "__main__":
