@@ -9,25 +9,28 @@
 
 namespace qmsd::test {
 
+// A byte that no call would write by chance.
+inline constexpr unsigned char kPoison = 0xC3;
+
 // Every byte of the value is the pattern.
 template <class T>
-T poison() {
+T poisoned() {
   static_assert(std::is_trivially_copyable_v<T>);
   T value;
-  std::memset(static_cast<void*>(&value), 0xA5, sizeof value);
+  std::memset(static_cast<void*>(&value), kPoison, sizeof value);
   return value;
 }
 
 template <class T>
 bool is_poison(const T& value) {
-  const T pattern = poison<T>();
+  const T pattern = poisoned<T>();
   return std::memcmp(&value, &pattern, sizeof value) == 0;
 }
 
 // A text buffer that starts out poisoned.
 template <class Character, std::size_t Length>
 struct PoisonedText {
-  std::array<Character, Length> text = poison<std::array<Character, Length>>();
+  std::array<Character, Length> text = poisoned<std::array<Character, Length>>();
 
   Character* data() { return text.data(); }
   const Character* c_str() const { return text.data(); }

@@ -13,8 +13,13 @@
 #include "include/qmsd7.h"
 #include "tests/contract/support/shared_library.h"
 #include "tests/contract/support/text.h"
+#include "tests/support/poison.h"
 
 namespace contract {
+
+using qmsd::test::is_poison;
+using qmsd::test::kPoison;
+using qmsd::test::poisoned;
 
 // What an error state holds. Without a detail: just the code's own text and the kernel's tag.
 struct Failure {
@@ -45,20 +50,6 @@ struct Error {
   bool operator==(const Error&) const = default;
 };
 void PrintTo(const Error& error, std::ostream* out);
-
-// A record whose every byte has a value that no call would write by chance.
-inline constexpr unsigned char kPoison = 0xC3;
-template <class Record>
-Record poisoned() {
-  Record record;
-  std::memset(static_cast<void*>(&record), kPoison, sizeof record);
-  return record;
-}
-template <class Value>
-bool is_poison(const Value& value) {
-  const Value poison = poisoned<Value>();
-  return std::memcmp(&value, &poison, sizeof value) == 0;
-}
 
 class Kernel {
  public:

@@ -251,8 +251,8 @@ TEST_F(ErrorCalls, GetReturnsTheCodeWithOrWithoutARecord) {
   fail(-7);
   EXPECT_EQ(get_error_wide(nullptr), -7);
   EXPECT_EQ(get_error_narrow(nullptr), -7);
-  auto wide = test::poison<qm_get_error_w>();
-  auto narrow = test::poison<qm_get_error_a>();
+  auto wide = test::poisoned<qm_get_error_w>();
+  auto narrow = test::poisoned<qm_get_error_a>();
   wide.text = nullptr;
   narrow.text = nullptr;
   EXPECT_EQ(get_error_wide(&wide), -7);

@@ -28,7 +28,7 @@ class WholeFile : public test::FolderTest {
   }
 
   static qm_file reading(const qm_wchar* name) {
-    auto record = test::poison<qm_file>();
+    auto record = test::poisoned<qm_file>();
     record.filename = name;
     record.kind = QM_FILE_NAME_WIDE;
     return record;
@@ -47,7 +47,7 @@ class WholeFile : public test::FolderTest {
       SCOPED_TRACE(n);
       tracked_destroy();
       tracked_create();
-      auto record = test::poison<qm_file>();
+      auto record = test::poisoned<qm_file>();
       record.filename = name;
       record.kind = kind;
       bool done = false;

@@ -205,7 +205,7 @@ TEST_F(MemoryCalls, InformationChecksItsRecord) {
                     {0, 0, -1, 22},        {0, INT32_MIN, 9, 22},        {1, 0, 0, 34},
                     {INT32_MAX, 9, 9, 34}, {INT32_MAX, 9, INT32_MIN, 22}};
   for (const auto& row : rows) {
-    auto record = test::poison<qm_mem_info>();
+    auto record = test::poisoned<qm_mem_info>();
     char text[10] = "kept";
     record.index = row.index;
     record.file = record.dump = text;

@@ -25,7 +25,7 @@ constexpr std::uint32_t kVersion = 0x0102032C;  // 1.2.3.300
 // A listing and its release.
 template <class Record, bool (*List)(Record*)>
 struct Listed {
-  Record record = test::poison<Record>();
+  Record record = test::poisoned<Record>();
   explicit Listed(decltype(Record::pattern) pattern = nullptr) {
     record.pattern = pattern;
     EXPECT_TRUE(List(&record));
