@@ -171,7 +171,7 @@ struct Block {
 /// meanwhile.
 ///
 ///     check(qm::live_blocks(kernel).empty());
-inline std::vector<Block> live_blocks(Kernel kernel) {
+inline Result<std::vector<Block>> try_live_blocks(Kernel kernel) {
   const ErrorStateGuard guard(kernel);
   std::vector<Block> blocks;
   char file[512];
@@ -181,12 +181,13 @@ inline std::vector<Block> live_blocks(Kernel kernel) {
   for (;; ++info.index) {
     if (const auto told = kernel.try_call(QM_CALL_MEMINFO, &info); !told) {
       if (told.error().code() == QM_ERROR_RANGE) return blocks;  // behind the last one
-      throw told.error();
+      return told.error();
     }
     if (!info.pointer) continue;
     blocks.push_back({info.pointer, static_cast<std::size_t>(info.capacity), file, info.line});
   }
 }
+inline std::vector<Block> live_blocks(Kernel kernel) { return try_live_blocks(kernel).value(); }
 
 /// Looks at every tracked block of the process.
 /// Errors: 14 with the place of the first damaged one. Threads: any.

@@ -158,8 +158,8 @@ class Children {
   Result<std::int32_t> try_insert(const Variant& child, const Where& where = Where::last()) const;
 
   /// Creates a variant and appends it.
-  /// Owner: the list, and the result of a reference of its own. Errors: as for Variant::create() and
-  /// insert(). Threads: any.
+  /// Owner: the list, and the result of a reference of its own. Errors: as for Variant::create()
+  /// and insert(). Threads: any.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     check(list.items().add(5, "five").name() == "five");

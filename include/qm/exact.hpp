@@ -31,6 +31,16 @@ std::string shown(From value) {
   return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
 }
 
+// Infinite or not a number?
+template <Number T>
+bool is_special(T value) noexcept {
+  if constexpr (Floating<T>) {
+    return !std::isfinite(value);
+  } else {
+    return false;
+  }
+}
+
 // Is there a T with exactly this value? Floating values are compared with powers of two, which are
 // exact in either type, so that no conversion is out of range.
 template <Integer T, Integer From>
@@ -50,9 +60,15 @@ bool fits(From value) noexcept {
 }
 template <Floating T, Floating From>
 bool fits(From value) noexcept {
-  if (!std::isfinite(value)) return true;
+  if (is_special(value)) return true;
   return std::abs(value) <= static_cast<From>(std::numeric_limits<T>::max()) &&
          static_cast<From>(static_cast<T>(value)) == value;
+}
+
+// Not-a-number is the same as itself here.
+template <class T>
+bool is_same(const T& one, const T& other) {
+  return one == other || (one != one && other != other);
 }
 
 // The value as a T, or error 34.
@@ -63,7 +79,8 @@ Result<T> exactly(From value) {
 }
 
 // The number that the whole text is, in decimal notation with "." as the decimal point; error 22 if
-// it is none, 34 if it lies outside of T. Fractions are rounded to the nearest T.
+// it is none, 34 if it lies outside of T. Fractions are rounded to the nearest T; infinity and
+// not-a-number are no numbers here.
 template <Number T>
 Result<T> number_of(std::string_view text) {
   T number{};
@@ -72,7 +89,9 @@ Result<T> number_of(std::string_view text) {
     return Error(code, "'" + std::string(text) + "' is no " + name_of<T>());
   };
   if (problem == std::errc::result_out_of_range) return refusal(QM_ERROR_RANGE);
-  if (problem != std::errc() || end != text.data() + text.size()) return refusal(QM_ERROR_ARGUMENT);
+  if (problem != std::errc() || end != text.data() + text.size() || is_special(number)) {
+    return refusal(QM_ERROR_ARGUMENT);
+  }
   return number;
 }
 

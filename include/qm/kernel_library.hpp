@@ -93,7 +93,7 @@ class KernelLibrary : public Owner<detail::LibraryPolicy> {
   static KernelLibrary load(const std::filesystem::path& file) { return try_load(file).value(); }
   static Result<KernelLibrary> try_load(const std::filesystem::path& file) {
     KernelLibrary library(Kernel(), detail::load_library(file));
-    if (!library) {
+    if (!library.get()) {
       return Error(QM_ERROR_LOAD, quoted(file) + ": " + detail::why_not_loaded());
     }
     const qm_call_fn entry = detail::find_entry(library.get());
@@ -106,12 +106,13 @@ class KernelLibrary : public Owner<detail::LibraryPolicy> {
   ///     check(qm::KernelLibrary::linked().kernel() == qm::Kernel::linked());
   static KernelLibrary linked() noexcept { return KernelLibrary(Kernel::linked(), nullptr); }
 
-  /// The kernel in this library.
+  /// The kernel in this library, if there is one.
   ///
   ///     const auto library = qm::KernelLibrary::linked();
   ///     const qm::Kernel inside = library;
-  ///     check(inside.call(QM_CALL_NOP) == 1);
+  ///     check(library && inside.call(QM_CALL_NOP) == 1);
   operator Kernel() const noexcept { return kernel(); }
+  explicit operator bool() const noexcept { return static_cast<bool>(kernel()); }
 
  private:
   using Owner::Owner;

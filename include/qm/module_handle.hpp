@@ -87,7 +87,7 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
     return try_call(function, record).value();
   }
   Result<std::int32_t> try_call(std::uint32_t function, void* record = nullptr) const {
-    if (!*this) return empty();
+    if (!*this) return refusal();
     return kernel().try_call_at(get(), function, record);
   }
 
@@ -116,7 +116,7 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
   ///     check(!counter && counter.try_close().error().code() == QM_ERROR_ARGUMENT);
   void close() { try_close().value(); }
   Result<void> try_close() {
-    if (!*this) return empty();
+    if (!*this) return refusal();
     qm_handle_ref record{release()};
     return kernel().try_call(QM_CALL_CLOSEHANDLE, &record).transform([](std::int32_t) {});
   }

@@ -35,7 +35,8 @@ class Owner {
   ///     check(owner && !made);
   Owner(Kernel of, Raw raw) noexcept : kernel_(of), raw_(raw) {}
 
-  Owner(Owner&& from) noexcept : kernel_(from.kernel_), raw_(from.release()) {}
+  Owner(Owner&& from) noexcept
+      : kernel_(std::exchange(from.kernel_, Kernel())), raw_(from.release()) {}
   Owner& operator=(Owner&& from) noexcept {
     Owner(std::move(from)).swap(*this);
     return *this;
@@ -58,7 +59,7 @@ class Owner {
   ///     kernel.call(QM_CALL_VARIANTRELEASE, raw);
   [[nodiscard]] Raw release() noexcept { return std::exchange(raw_, Policy::none); }
 
-  /// Gives the thing back now, if there is one.
+  /// Gives the thing back now, if there is one, and forgets the kernel.
   /// Errors: none are reported; the owner is empty in any case.
   ///
   ///     qm::Variant speed = qm::Variant::create(kernel, 120);
@@ -66,6 +67,7 @@ class Owner {
   ///     check(!speed);
   void reset() noexcept {
     if (*this) Policy::give_back(kernel_, release());
+    kernel_ = Kernel();
   }
 
   void swap(Owner& other) noexcept {
@@ -76,10 +78,10 @@ class Owner {
  protected:
   // A call about the thing, which must be there.
   Result<std::int32_t> try_call_kernel(std::uint32_t function, void* record) const {
-    if (!*this) return empty();
+    if (!*this) return refusal();
     return kernel_.try_call(function, record);
   }
-  static Error empty() {
+  static Error refusal() {
     return Error(QM_ERROR_ARGUMENT, "this " + std::string(Policy::name) + " is empty");
   }
 

@@ -12,7 +12,9 @@
 
 namespace qm {
 
-/// A value or an Error. Every function `f` that throws has a twin `try_f` that returns a Result.
+/// A value or an Error. Every function `f` that throws an Error has a twin `try_f` that returns a
+/// Result instead. Where C++ itself has no memory for a text or a vector, both throw
+/// std::bad_alloc.
 /// Owner: of the value. Errors: reading a value that is not there throws the Error. Threads: as T.
 ///
 ///     qm::Result<int> good = 5;

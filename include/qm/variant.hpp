@@ -55,7 +55,20 @@ struct VariantInfo {
   bool is_array() const noexcept {
     return type > QM_TYPE_EMPTY_ARRAY && type <= QM_TYPE_DATETIME_ARRAY;
   }
+  template <Element T>
+  bool is_array_of() const noexcept {
+    return type == type_of<T> + detail::kArray && size == sizeof(T);
+  }
 };
+
+namespace detail {
+
+inline Error other_kind(const VariantInfo& info, const char* wanted) {
+  return Error(QM_ERROR_ARGUMENT,
+               "a variant of type " + std::to_string(info.type) + " is no " + wanted);
+}
+
+}  // namespace detail
 
 /// A reference to a variant: a value that the kernel keeps for everybody, with a name, an id,
 /// attributes and, if it is a container, items. Others may hold references to the same variant and
@@ -172,8 +185,8 @@ class Variant : public Owner<detail::VariantPolicy> {
 
   /// The value as the kernel converts it, with nothing checked: integers keep their low bytes,
   /// fractions are dropped, what is not a number reads as 0, an unreadable date as empty. T is an
-  /// integer, float or double, std::string, WideString, DateTime, or of arrays a std::vector of
-  /// numbers or DateTimes.
+  /// integer, float or double, std::string, WideString or DateTime; of arrays a std::vector of
+  /// numbers or DateTimes; and for the raw bytes of the value std::vector<std::byte>.
   /// Owner: the result is a copy. Errors: 22 for an empty owner or a value that has no such
   /// conversion, std::bad_alloc. Threads: any.
   ///
@@ -186,20 +199,29 @@ class Variant : public Owner<detail::VariantPolicy> {
   template <class T>
   Result<T> try_convert() const;
 
-  /// Reads elements of an array from the `first` on into memory of the caller, converted by the
-  /// kernel as convert() does.
-  /// Errors: 22 for an empty owner, no array, or elements that it does not have. Threads: any.
+  /// Reads elements of an array, from the `first` on, into memory of the caller: each exactly as
+  /// as() would, or as the kernel converts them.
+  /// Errors: 22 for an empty owner, no array of that kind, or elements that it does not have; 34 an
+  /// element that does not fit T, and nothing has been read. Threads: any.
   ///
-  ///     const double measured[] = {1.5, 2.5, 3.5};
+  ///     const double measured[] = {1.0, 2.5, 3.0};
+  ///     const qm::Variant array = qm::Variant::create(kernel, measured);
   ///     int whole[2];
-  ///     qm::Variant::create(kernel, measured).read(1, std::span(whole));
+  ///     check(array.try_read(1, std::span(whole)).error().code() == QM_ERROR_RANGE);
+  ///     array.read_converted(1, std::span(whole));
   ///     check(whole[0] == 2 && whole[1] == 3);
   template <Element T, std::size_t Extent>
   void read(std::int32_t first, std::span<T, Extent> into) const {
     try_read(first, into).value();
   }
   template <Element T, std::size_t Extent>
-  Result<void> try_read(std::int32_t first, std::span<T, Extent> into) const {
+  Result<void> try_read(std::int32_t first, std::span<T, Extent> into) const;
+  template <Element T, std::size_t Extent>
+  void read_converted(std::int32_t first, std::span<T, Extent> into) const {
+    try_read_converted(first, into).value();
+  }
+  template <Element T, std::size_t Extent>
+  Result<void> try_read_converted(std::int32_t first, std::span<T, Extent> into) const {
     return transfer<T>(QM_CALL_VARIANTREADARRAY, first, into.data(), into.size());
   }
 
@@ -226,11 +248,11 @@ class Variant : public Owner<detail::VariantPolicy> {
     return exchange(QM_CALL_VARIANTASSIGN, value, new_name, new_id);
   }
 
-  /// Sets the value and keeps the type: a 2-byte integer stays one. Refused if the value does not
-  /// fit; set_converted() lets the kernel convert it, with nothing checked.
-  /// T is what as() and convert() read.
-  /// Errors: 22 for an empty owner or a value of another kind, 34 one that does not fit, 12; nothing
-  /// has changed then. Threads: any; a type that another thread assigns meanwhile is overwritten.
+  /// Sets a number, date-time or text and keeps the type: a 2-byte integer stays one. Refused if
+  /// the value would not read back as it was; set_converted() takes what the kernel makes of it.
+  /// Errors: 22 for an empty owner or a value of another kind, 34 one that does not fit, 12;
+  /// nothing has changed then. Threads: any; a type that another thread assigns meanwhile is
+  /// overwritten.
   ///
   ///     qm::Variant speed = qm::Variant::create(kernel, std::int8_t{100});
   ///     check(speed.try_set(300).error().code() == QM_ERROR_RANGE);
@@ -251,21 +273,29 @@ class Variant : public Owner<detail::VariantPolicy> {
   template <class T>
   Result<void> try_set_converted(const T& value);
 
-  /// Writes elements of an array from the `first` on, converted by the kernel to the array's type
-  /// with nothing checked.
-  /// Errors: 22 for an empty owner, no array, or elements that it does not have. Threads: any.
+  /// Writes elements of an array, from the `first` on, and keeps the array's type: refused if one
+  /// does not fit, or as the kernel converts them.
+  /// Errors: 22 for an empty owner, no array of that kind, or elements that it does not have; 34 an
+  /// element that does not fit, and nothing has been written; 12. Threads: any.
   ///
   ///     const std::int16_t zeros[3] = {};
   ///     qm::Variant array = qm::Variant::create(kernel, zeros);
-  ///     const double measured[] = {1.5, 2.5};
-  ///     array.write(1, std::span(measured));
+  ///     const double measured[] = {1.5, 2.0};
+  ///     check(array.try_write(1, std::span(measured)).error().code() == QM_ERROR_RANGE);
+  ///     array.write_converted(1, std::span(measured));
   ///     check(array.as<std::vector<int>>() == std::vector({0, 1, 2}));
   template <class T, std::size_t Extent>
   void write(std::int32_t first, std::span<T, Extent> from) {
     try_write(first, from).value();
   }
   template <class T, std::size_t Extent>
-  Result<void> try_write(std::int32_t first, std::span<T, Extent> from) {
+  Result<void> try_write(std::int32_t first, std::span<T, Extent> from);
+  template <class T, std::size_t Extent>
+  void write_converted(std::int32_t first, std::span<T, Extent> from) {
+    try_write_converted(first, from).value();
+  }
+  template <class T, std::size_t Extent>
+  Result<void> try_write_converted(std::int32_t first, std::span<T, Extent> from) {
     using Plain = std::remove_const_t<T>;
     return transfer<Plain>(QM_CALL_VARIANTWRITEARRAY, first, const_cast<Plain*>(from.data()),
                            from.size());
@@ -331,7 +361,7 @@ class Variant : public Owner<detail::VariantPolicy> {
   template <Element T>
   Result<void> transfer(std::uint32_t function, std::int32_t first, T* buffer,
                         std::size_t count) const {
-    if (!*this) return empty();
+    if (!*this) return refusal();
     if (count == 0) return {};
     if (count > std::numeric_limits<std::int32_t>::max() / sizeof(T)) {
       return Error(QM_ERROR_RANGE, "an array has at most 2 GB");
@@ -368,5 +398,6 @@ inline Result<WideString> Variant::try_wide_name() const {
 
 // What the declarations above promise.
 #include <qm/children.hpp>
-#include <qm/variant_conversion.hpp>
+#include <qm/variant_arrays.hpp>
+#include <qm/variant_reading.hpp>
 #include <qm/variant_setting.hpp>

@@ -13,7 +13,7 @@
 #include <type_traits>
 
 #include <qm/variant.hpp>
-#include <qm/variant_conversion.hpp>
+#include <qm/variant_reading.hpp>
 
 namespace qm {
 
@@ -31,12 +31,6 @@ auto comparable(const T& value) {
   }
 }
 
-// Not-a-number is the same as itself here.
-template <class T>
-bool is_same(const T& one, const T& other) {
-  return one == other || (one != one && other != other);
-}
-
 }  // namespace detail
 
 // The value as the kernel converts it to this variant's type and size.
@@ -46,7 +40,7 @@ Result<detail::RawValue> Variant::as_own_type(const T& value) const {
   if (!known) return known.error();
   const auto source = try_create(kernel(), value);
   if (!source) return source.error();
-  const auto text_of = [&]<class Text>(const Text& text) {
+  const auto text_of = [&]<class String>(const String& text) {
     return detail::RawValue(known->type, text.size() + 1,
                             std::as_bytes(std::span(text.c_str(), text.size() + 1)));
   };

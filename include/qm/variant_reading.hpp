@@ -17,6 +17,7 @@
 
 #include <qm/exact.hpp>
 #include <qm/variant.hpp>
+#include <qm/variant_arrays.hpp>
 
 namespace qm {
 
@@ -27,12 +28,7 @@ inline constexpr bool kIsVectorOfElements = false;
 template <Element T>
 inline constexpr bool kIsVectorOfElements<std::vector<T>> = true;
 
-inline Error other_kind(const VariantInfo& info, const char* wanted) {
-  return Error(QM_ERROR_ARGUMENT,
-               "a variant of type " + std::to_string(info.type) + " is no " + wanted);
-}
-
-// ---- The kernel's kinds, read exactly ----------------------------------------------------------
+// ---- Each kind, read exactly -------------------------------------------------------------------
 
 template <Number T>
 Result<T> read_number(const Variant& variant, const VariantInfo& info) {
@@ -63,21 +59,23 @@ inline Result<DateTime> read_date_time(const Variant& variant, const VariantInfo
   if (info.type != QM_TYPE_TEXT && info.type != QM_TYPE_WIDE_TEXT) {
     return other_kind(info, "date-time");
   }
-  return variant.try_convert<WideString>().and_then([&](WideString text) -> Result<DateTime> {
-    return Variant::try_create(variant.kernel(), Value::recognised(std::move(text)))
-        .and_then([](const Variant& recognised) -> Result<DateTime> {
-          const VariantInfo found = recognised.info();
-          if (found.type == QM_TYPE_DATETIME) return recognised.try_convert<DateTime>();
-          return other_kind(found, "date-time");
-        });
-  });
+  const auto text = variant.try_convert<WideString>();
+  if (!text) return text.error();
+  const auto recognised = Variant::try_create(variant.kernel(), Value::recognised(*text));
+  if (!recognised) return recognised.error();
+  const auto found = recognised->try_info();
+  if (!found) return found.error();
+  if (found->type != QM_TYPE_DATETIME) return other_kind(*found, "date-time");
+  return recognised->template try_convert<DateTime>();
 }
 
 // Is `text` what this value is read back from?
 template <class T>
 bool reads_back(const Variant& variant, const WideString& text) {
   const auto value = variant.try_convert<T>();
-  const auto back = Variant::create(variant.kernel(), text).template try_convert<T>();
+  const auto back = Variant::try_create(variant.kernel(), text).and_then([](const Variant& copy) {
+    return copy.try_convert<T>();
+  });
   return value && back && std::memcmp(&*value, &*back, sizeof(T)) == 0;
 }
 
@@ -106,41 +104,6 @@ inline Result<std::string> read_text(const Variant& variant, const VariantInfo& 
 inline Result<std::chrono::year_month_day> read_date(DateTime date_time) {
   if (const auto date = date_time.date(); date && !date_time.has_time()) return *date;
   return Error(QM_ERROR_ARGUMENT, "the date-time is no date alone");
-}
-
-// The elements as a type that holds each of them exactly.
-template <Element T>
-Result<std::vector<T>> read_elements(const Variant& variant, const VariantInfo& info) {
-  std::vector<T> elements(static_cast<std::size_t>(info.count));
-  const auto done = variant.try_read(0, std::span(elements));
-  if (!done) return done.error();
-  return elements;
-}
-
-template <Number T, Number Wide>
-Result<std::vector<T>> narrow(const std::vector<Wide>& elements) {
-  std::vector<T> narrowed;
-  narrowed.reserve(elements.size());
-  for (const Wide element : elements) {
-    const Result<T> number = exactly<T>(element);
-    if (!number) return number.error();
-    narrowed.push_back(*number);
-  }
-  return narrowed;
-}
-
-template <Number T>
-Result<std::vector<T>> read_numbers(const Variant& variant, const VariantInfo& info) {
-  switch (info.type) {
-    case QM_TYPE_SIGNED_ARRAY:
-      return read_elements<std::int64_t>(variant, info).and_then(narrow<T, std::int64_t>);
-    case QM_TYPE_UNSIGNED_ARRAY:
-      return read_elements<std::uint64_t>(variant, info).and_then(narrow<T, std::uint64_t>);
-    case QM_TYPE_FLOATING_ARRAY:
-      return read_elements<double>(variant, info).and_then(narrow<T, double>);
-    default:
-      return other_kind(info, "array of numbers");
-  }
 }
 
 // The name is the variant's own, so it is copied at once.
@@ -178,12 +141,11 @@ Result<T> read(const Variant& variant, const VariantInfo& info) {
   } else if constexpr (std::same_as<T, std::vector<std::byte>>) {
     if (info.type != QM_TYPE_BINARY) return other_kind(info, "binary value");
     return variant.try_convert<T>();
-  } else if constexpr (std::same_as<T, std::vector<DateTime>>) {
-    if (info.type != QM_TYPE_DATETIME_ARRAY) return other_kind(info, "array of date-times");
-    return read_elements<DateTime>(variant, info);
   } else {
     static_assert(kIsVectorOfElements<T>, "a variant does not read as this type");
-    return read_numbers<typename T::value_type>(variant, info);
+    if (!info.is_array()) return other_kind(info, "array");
+    T elements(static_cast<std::size_t>(info.count));
+    return variant.try_read(0, std::span(elements)).and_then([&] { return Result<T>(elements); });
   }
 }
 
@@ -237,7 +199,10 @@ Result<T> Variant::try_convert() const {
     static_assert(detail::kIsVectorOfElements<T>, "a variant does not convert to this type");
     return try_info().and_then([this](const VariantInfo& known) -> Result<T> {
       if (!known.is_array()) return detail::other_kind(known, "array");
-      return detail::read_elements<typename T::value_type>(*this, known);
+      T elements(static_cast<std::size_t>(known.count));
+      return try_read_converted(0, std::span(elements)).and_then([&] {
+        return Result<T>(elements);
+      });
     });
   }
 }
