@@ -57,12 +57,14 @@ function(qm_add_module target)
   endif()
 endfunction()
 
-# A text as a macro of the sources. The resource compiler could not read its quotation marks.
+# A text as a macro of the sources, where what means something to CMake is spelled as a number. The
+# resource compiler could not read the quotation marks.
 function(_qm_define target name value)
-  string(REPLACE "\\" "\\\\" value "${value}")
-  string(REPLACE "\"" "\\\"" value "${value}")
-  string(REPLACE ">" "$<ANGLE-R>" value "${value}")
-  string(REPLACE ";" "$<SEMICOLON>" value "${value}")
+  foreach(escape IN ITEMS "\\=134" "\"=042" "$=044" ">=076")
+    string(REGEX MATCH "^(.)=(.*)$" matched "${escape}")
+    string(REPLACE "${CMAKE_MATCH_1}" "\\${CMAKE_MATCH_2}" value "${value}")
+  endforeach()
+  string(REPLACE ";" "\\073" value "${value}")
   target_compile_definitions(${target} PRIVATE
     "$<$<COMPILE_LANGUAGE:C,CXX>:QM_MODULE_${name}=\"${value}\">")
 endfunction()

@@ -70,7 +70,8 @@ constexpr void append_utf8(std::string& text, char32_t code) {
   put(0x80 | (code & 0x3F));
 }
 
-constexpr void append_wide(WideString& text, char32_t code) {
+template <class WideText>
+constexpr void append_wide(WideText& text, char32_t code) {
   const auto put = [&text](char32_t unit) { text.push_back(static_cast<qm_wchar>(unit)); };
   if (code < 0x10000) return put(code);
   put(0xD800 + ((code - 0x10000) >> 10));
