@@ -92,6 +92,15 @@ void use_handles() {
   }
 }
 
+void use_slots() {
+  qm_slot slot{};
+  g_kernel(0, QM_CALL_SLOTCREATE, &slot);
+  for (;;) {
+    g_kernel(0, QM_CALL_SLOTJOIN, &slot);
+    g_kernel(0, QM_CALL_SLOTRELEASE, &slot);
+  }
+}
+
 void use_error_texts() {
   for (;;) {
     const qm_error_text pair{0x2001, nullptr};
@@ -103,8 +112,26 @@ void use_error_texts() {
 int leaves_busy_threads() {
   load_kernel();
   open(QM_W("tm_plain"));
-  for (void (*use)() : {use_blocks, use_handles, use_error_texts}) std::thread(use).detach();
+  for (void (*use)() : {use_blocks, use_handles, use_slots, use_error_texts}) {
+    std::thread(use).detach();
+  }
   sleep_for(100);
+  return kAsPlanned;
+}
+
+// The end of a process waits for the system's loader, so threads that load and unload without a
+// pause end at its door.
+int leaves_loading_threads() {
+  load_kernel();
+  for (const qm_wchar* name : {QM_W("tm_plain"), QM_W("tm_a1"), QM_W("tm_m1")}) {
+    std::thread([name] {
+      for (;;) {
+        qm_handle_ref handle{open(name)};
+        g_kernel(0, QM_CALL_CLOSEHANDLE, &handle);
+      }
+    }).detach();
+  }
+  sleep_for(50);
   return kAsPlanned;
 }
 
@@ -133,6 +160,7 @@ constexpr Scenario kScenarios[] = {
     {"leaves_a_thread_in_an_open", leaves_a_thread_in_an_open},
     {"leaves_a_thread_in_a_call", leaves_a_thread_in_a_call},
     {"leaves_busy_threads", leaves_busy_threads},
+    {"leaves_loading_threads", leaves_loading_threads},
     {"leaves_a_caller_behind", leaves_a_caller_behind},
 };
 

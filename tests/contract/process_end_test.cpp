@@ -26,10 +26,13 @@ TEST_F(ProcessEnd, ClosesWhatIsOpenOldestFirst) {
 }
 
 TEST_F(ProcessEnd, DoesNotWaitForAThreadInsideAModule) {
-  configure("tm_plain.open_sleep=60000");
-  const HostResult opening = run_host("leaves_a_thread_in_an_open", kLimit);
-  EXPECT_EQ(opening.exit_code, kAsPlanned);
-  EXPECT_LT(opening.lasted, kAtOnce);
+  // A module that has not come to the end of the notice is still being loaded.
+  for (const char* sleep : {"tm_plain.notice_sleep=60000", "tm_plain.open_sleep=60000"}) {
+    configure(sleep);
+    const HostResult opening = run_host("leaves_a_thread_in_an_open", kLimit);
+    EXPECT_EQ(opening.exit_code, kAsPlanned) << sleep;
+    EXPECT_LT(opening.lasted, kAtOnce) << sleep;
+  }
   configure("");
   const HostResult calling = run_host("leaves_a_thread_in_a_call", kLimit);
   EXPECT_EQ(calling.exit_code, kAsPlanned);
@@ -41,6 +44,16 @@ TEST_F(ProcessEnd, DoesNotWaitForAThreadInsideAModule) {
 TEST_F(ProcessEnd, DoesNotWaitForLocksOfKilledThreads) {
   for (int times = 0; times < 10; ++times) {
     const HostResult result = run_host("leaves_busy_threads", kLimit);
+    EXPECT_EQ(result.exit_code, kAsPlanned);
+    EXPECT_LT(result.lasted, kAtOnce);
+  }
+}
+
+TEST_F(ProcessEnd, DoesNotWaitForModulesThatKilledThreadsWereLoading) {
+  // The threads are not to be killed in the middle of file work.
+  const ScopedVariable no_journal("TM_JOURNAL", std::nullopt);
+  for (int times = 0; times < 3; ++times) {
+    const HostResult result = run_host("leaves_loading_threads", kLimit);
     EXPECT_EQ(result.exit_code, kAsPlanned);
     EXPECT_LT(result.lasted, kAtOnce);
   }
