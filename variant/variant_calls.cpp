@@ -2,6 +2,7 @@
 #include "variant/variant_calls.h"
 
 #include <cstdint>
+#include <utility>
 
 #include "kernel/errors/error_state.h"
 #include "services/text/strings.h"
@@ -67,14 +68,16 @@ bool variant_release(qm_variant* variant) {
   return count >= 1 || refuse(QM_W("(ref=%i)"), count);
 }
 
+// Whatever happens, the record does not go on naming what it named before.
 bool variant_create(qm_variant_create& record) {
+  record.variant = nullptr;
   record.variant = create_variant(record).release();
   return record.variant != nullptr;
 }
 
 bool variant_recreate(qm_variant_create& record) {
+  const VariantOwner old(std::exchange(record.variant, nullptr));
   VariantOwner fresh = create_variant(record);
-  const VariantOwner old(record.variant);
   const VariantsWriteGuard guard;
   record.variant = fresh.release();
   return record.variant != nullptr;
