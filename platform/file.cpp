@@ -66,7 +66,11 @@ int OutputFile::write(const void* bytes, std::size_t count) {
 
 int OutputFile::close() {
   if (stream_ == nullptr) return 0;
-  return error_of([this] { return std::fclose(std::exchange(stream_, nullptr)) == 0; });
+  // The last bytes go out first: not every runtime tells when they fail in the closing itself.
+  return error_of([this] {
+    const bool flushed = std::fflush(stream_) == 0;
+    return std::fclose(std::exchange(stream_, nullptr)) == 0 && flushed;
+  });
 }
 
 }  // namespace qmsd::platform
