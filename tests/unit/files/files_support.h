@@ -25,6 +25,9 @@ inline std::string narrow(const WideString& text) { return {text.begin(), text.e
 // Natively the name has to begin with a dot, which hides it already.
 void hide(const fs::path& path);
 
+// In the live environment; null removes the variable.
+void set_variable(const char* name, const char* value);
+
 inline void make_read_only(const fs::path& path) {
   constexpr auto kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
   fs::permissions(path, kWrite, fs::perm_options::remove);

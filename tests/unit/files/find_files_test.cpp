@@ -67,6 +67,23 @@ TEST_F(FindFiles, NeedsADirectoryAPatternAndAPlaceForTheResults) {
 
 TEST_F(FindFiles, FindsNothingInAnEmptyFolder) { EXPECT_EQ(find("*", -1, kEverything), Names{}); }
 
+TEST_F(FindFiles, WithoutResultsThereIsNoArray) {
+  make_file("file");
+  qm_wchar* some = nullptr;
+  qm_wchar** found = &some;
+  EXPECT_EQ(find_files(QM_W("."), QM_W("other"), &found, 0, 0), 0);
+  EXPECT_EQ(found, nullptr);
+}
+
+// Where the system has no room for the name and its pattern nothing is found.
+TEST_F(FindFiles, TakesADirectoryNameAsLongAsASearchAllows) {
+  make_file("x");
+  std::string name = ".";
+  while (name.size() < 275) name += "\\.";
+  EXPECT_EQ(find("x.", 0, 0, name.c_str()).size(), 1u);
+  EXPECT_EQ(find("x.", 0, 0, (name + "\\.").c_str()), Names{});
+}
+
 // ---- Names -------------------------------------------------------------------------------------
 
 TEST_F(FindFiles, IgnoresCase) {

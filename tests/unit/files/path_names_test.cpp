@@ -40,7 +40,12 @@ INSTANTIATE_TEST_SUITE_P(
                     RootCase{QM_W("\\\\?\\C:\\x"), 7}, RootCase{QM_W("\\\\.\\C:"), 6},
                     RootCase{QM_W("\\\\?\\"), 4}, RootCase{QM_W("\\\\?\\x"), 4},
                     RootCase{QM_W("\\\\?\\UNC\\server\\share\\x"), 21},
-                    RootCase{QM_W("\\\\?\\UNC\\server"), 14}));
+                    RootCase{QM_W("\\\\?\\UNC\\server"), 14},
+                    RootCase{QM_W("\\\\.\\UNC\\server\\share\\"), 21},
+                    // Small letters make no share of it, and a device needs its backslash.
+                    RootCase{QM_W("\\\\?\\unc\\server\\share\\x"), 4}, RootCase{QM_W("\\\\?"), 3},
+                    RootCase{QM_W("\\\\?\\\\x"), 5}, RootCase{QM_W("\\\\"), 2},
+                    RootCase{QM_W("//server/share/x"), 0}));
 
 TEST(PathRoot, OfNoPathIsNone) { EXPECT_EQ(path_root_end(nullptr), nullptr); }
 
@@ -84,7 +89,13 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{QM_W("\\\\?\\C:\\"), QM_W("\\\\?\\C:\\")},
         TextCase{QM_W("C:\\data\\...\\x"), QM_W("C:\\data\\..\\x")},
         TextCase{QM_W("...."), QM_W("..")}, TextCase{QM_W("a....b...c"), QM_W("a..b..c")},
-        TextCase{QM_W("C:\\a\\.."), QM_W("C:\\a\\..")}, TextCase{QM_W("..\\."), QM_W("..\\.")}));
+        TextCase{QM_W("C:\\a\\.."), QM_W("C:\\a\\..")}, TextCase{QM_W("..\\."), QM_W("..\\.")},
+        TextCase{QM_W("a/.../"), QM_W("a\\..")}, TextCase{QM_W("C:/"), QM_W("C:\\")},
+        TextCase{QM_W("C:x\\"), QM_W("C:x")}, TextCase{QM_W("///"), QM_W("\\\\")},
+        TextCase{QM_W("\\\\srv\\"), QM_W("\\\\srv\\")},
+        TextCase{QM_W("\\\\?\\UNC\\srv\\share\\"), QM_W("\\\\?\\UNC\\srv\\share\\")},
+        TextCase{QM_W("a\\\\\\\\b\\\\"), QM_W("a\\b")}, TextCase{QM_W("a\\/\\/b"), QM_W("a\\b")},
+        TextCase{QM_W("..."), QM_W("..")}, TextCase{QM_W("a..b.c"), QM_W("a..b.c")}));
 
 TEST(ExpandFilename, GivesNothingForNothing) { EXPECT_FALSE(expand_filename(nullptr)); }
 
@@ -99,6 +110,16 @@ TEST(ExpandFilename, KeepsASinglePercentAndAnEmptyName) {
 }
 
 bool refuse(std::size_t) { return false; }
+
+TEST(ParentOfAPath, ReportsExhaustedMemory) {
+  errno = 0;
+  platform::set_allocation_gate(refuse);
+  const OwnedText parent = parent_directory(QM_W("a\\b"));
+  const int error = errno;
+  platform::set_allocation_gate(nullptr);
+  EXPECT_FALSE(parent);
+  EXPECT_EQ(error, ENOMEM);
+}
 
 TEST(ExpandFilename, ReportsExhaustedMemory) {
   OwnedText name = copy_text(QM_W("x"));

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "memory/tracked_allocator.h"
+#include "platform/test_hooks.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/support/expect_error.h"
 #include "tests/support/poison.h"
@@ -134,6 +135,43 @@ TEST_F(WholeFile, WithoutTheAllocatorKeepsItsSize) {
   EXPECT_EQ(record.data, nullptr);
   EXPECT_STANDARD_ERROR(QM_ERROR_ARGUMENT);
   tracked_create();
+}
+
+// A file of this size would fit, if there were memory for it.
+TEST_F(WholeFile, MayBeAsLargeAsASignedSizeWithTheSlackCanTell) {
+  make_file("large", "");
+  fs::resize_file("large", 0x7FFFFFFA);
+  platform::set_allocation_gate([](std::size_t bytes) { return bytes < 0x40000000; });
+  qm_file record = reading(QM_W("large"));
+  const bool done = read_file(&record);
+  platform::set_allocation_gate(nullptr);
+  EXPECT_FALSE(done);
+  EXPECT_ERROR(QM_ERROR_NO_MEMORY, QM_W("(file)"));
+  EXPECT_EQ(record.size, -1);
+}
+
+// Between the two looks at a name with variables: one for its length, one for its text.
+TEST_F(WholeFile, HasNoNameWhenAVariableGrowsMeanwhile) {
+  const auto grow_before_second_look = [](std::size_t bytes) {
+    constexpr std::size_t kRoomForOneCharacter = 3 * sizeof(qm_wchar);
+    if (bytes == kRoomForOneCharacter) test::set_variable("QMSD_TEST_GROWS", "longer");
+    return true;
+  };
+  const auto refused = [&](bool (*call)(qm_file*), qm_file record) {
+    test::set_variable("QMSD_TEST_GROWS", "x");
+    platform::set_allocation_gate(grow_before_second_look);
+    EXPECT_FALSE(call(&record));
+    platform::set_allocation_gate(nullptr);
+    EXPECT_ERROR(EFAULT, QM_W("(filename)"));
+    return record;
+  };
+  const qm_file read = refused(read_file, reading(QM_W("%QMSD_TEST_GROWS%")));
+  EXPECT_EQ(read.size, 0);
+  EXPECT_EQ(read.data, nullptr);
+  std::string text = "contents";
+  refused(write_file, writing("%QMSD_TEST_GROWS%", text));
+  test::set_variable("QMSD_TEST_GROWS", nullptr);
+  EXPECT_TRUE(fs::is_empty(folder()));
 }
 
 TEST_F(WholeFile, MayBeReadOnlyForReading) {

@@ -9,6 +9,7 @@
 #include "platform/heap.h"
 #include "services/files/find_files.h"
 #include "tests/unit/files/files_support.h"
+#include "tests/unit/files/linux/unprivileged.h"
 
 namespace qmsd {
 namespace {
@@ -63,6 +64,18 @@ TEST_F(FindOddFiles, AReadOnlyDirectoryIsSearchedOnlyIfDeniedOnesAreWanted) {
   EXPECT_EQ(find(QM_W("x."), kFindVisible), List{".\\folder\\x"});
   EXPECT_EQ(find(QM_W("x."), kFindVisible | kFindAccessible), List{});
   EXPECT_EQ(find(QM_W("*"), kFindDirectories | kFindDenied), List{".\\folder"});
+}
+
+TEST_F(FindOddFiles, ADirectoryThatCannotBeListedIsEmpty) {
+  fs::create_directories("folder/closed");
+  make_file("folder/closed/x");
+  make_file("folder/x");
+  fs::permissions("folder/closed", fs::perms::owner_write | fs::perms::owner_exec);
+  {
+    const test::Unprivileged unprivileged;
+    EXPECT_EQ(find(QM_W("x."), 0), List{".\\folder\\x"});
+  }
+  fs::permissions("folder/closed", fs::perms::owner_all);
 }
 
 // Makes directories below each other and returns the search's name for the last.
