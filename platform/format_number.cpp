@@ -37,13 +37,14 @@ bool may_be_tie(double magnitude, int places) {
 
 // Adds one in the last place. True when there were only nines, which are zeros now.
 bool increment(std::span<char> digits) {
-  for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
-    if (*digit == '.') continue;
-    if (*digit != '9') {
-      ++*digit;
+  for (std::size_t at = digits.size(); at-- > 0;) {
+    char& digit = digits[at];
+    if (digit == '.') continue;
+    if (digit != '9') {
+      ++digit;
       return false;
     }
-    *digit = '0';
+    digit = '0';
   }
   return true;
 }
