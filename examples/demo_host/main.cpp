@@ -1,4 +1,5 @@
 // The demo host: one function for each thing that a host does with the kernel, and a table of them.
+// This part is about modules and the kernel itself; the others have files of their own.
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -9,6 +10,8 @@
 #include "exgreeter.h"
 #include "print.h"
 #include "qmsd7.h"
+#include "step.h"
+#include "variants_part.h"
 
 namespace {
 
@@ -206,12 +209,7 @@ bool close_all(Demo& demo) {
          check(blocks == 0, "no block is left");
 }
 
-struct Step {
-  const char* title;
-  bool (*run)(Demo& demo);
-};
-
-constexpr Step kSteps[] = {
+constexpr demo::Step<Demo> kSteps[] = {
     {"the kernel answers", kernel_answers},
     {"installed modules are listed", list_modules},
     {"modules open by name and by alias", open_modules},
@@ -229,15 +227,10 @@ constexpr Step kSteps[] = {
 int main(int, char** arguments) {
   // The modules lie beside this program, and listing looks in the current directory.
   std::filesystem::current_path(std::filesystem::absolute(arguments[0]).parent_path());
-  Demo demo;
   int number = 0;
-  for (const Step& step : kSteps) {
-    std::printf("%2d. %s\n", ++number, step.title);
-    if (!step.run(demo)) {
-      std::printf("FAILED\n");
-      return 1;
-    }
-    say("ok");
+  if (!demo::run_steps<Demo>(kSteps, number) || !demo::run_variants_part(number)) {
+    std::printf("FAILED\n");
+    return 1;
   }
   std::printf("All %d steps passed.\n", number);
   return 0;
