@@ -9,11 +9,6 @@
 namespace qmsd {
 namespace {
 
-constexpr std::int32_t kFirstId = 1;
-constexpr std::int32_t kLastId = std::numeric_limits<std::int32_t>::max();
-
-constexpr std::int32_t id_after(std::int32_t id) { return id < kLastId ? id + 1 : kFirstId; }
-
 using Owner = platform::HeapOwner<Slot>;
 
 }  // namespace

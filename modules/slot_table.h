@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 #include "kernel/base/growable_array.h"
 
@@ -20,7 +21,11 @@ struct Slot {
 
 class SlotTable {
  public:
-  explicit SlotTable(std::int32_t next_id = 1) noexcept : next_id_(next_id) {}
+  static constexpr std::int32_t kFirstId = 1;
+  static constexpr std::int32_t kLastId = std::numeric_limits<std::int32_t>::max();
+
+  explicit SlotTable(std::int32_t next_id = kFirstId, std::int32_t last_id = kLastId) noexcept
+      : next_id_(next_id), last_id_(last_id) {}
   ~SlotTable();
 
   enum class Created { yes, no_id, no_memory };
@@ -38,9 +43,11 @@ class SlotTable {
 
  private:
   bool choose_id(std::int32_t& id, std::size_t& place) const;
+  std::int32_t id_after(std::int32_t id) const { return id < last_id_ ? id + 1 : kFirstId; }
 
   GrowableArray<Slot*, 32> slots_;  // ascending by id; null: an empty place
   std::int32_t next_id_;
+  const std::int32_t last_id_;
 };
 
 }  // namespace qmsd

@@ -1,44 +1,31 @@
 // The function codes of slots, and the lock over them.
 #include "modules/slots.h"
 
-#include <atomic>
-#include <cstdint>
-
+#include "kernel/base/process_wide.h"
 #include "kernel/base/rw_lock.h"
-#include "kernel/base/waiting.h"
 #include "kernel/errors/error_state.h"
-#include "modules/slot_table.h"
-#include "platform/heap.h"
 
 namespace qmsd {
 namespace {
 
 struct Slots {
+  explicit Slots(std::int32_t last_id) noexcept : table(SlotTable::kFirstId, last_id) {}
+
   RwLock lock{LockRank::slots};
   SlotTable table;
 };
 
-std::atomic<Slots*> g_slots{nullptr};
-
-Slots* slots() { return g_slots.load(std::memory_order_acquire); }
+ProcessWide<Slots> g_slots;
 
 bool fail_slot(std::int32_t code) { return fail(code, QM_W("(slot)")); }
 
 }  // namespace
 
-bool slots_create() {
-  g_slots.store(platform::heap_new<Slots>().release(), std::memory_order_release);
-  return slots() != nullptr;
-}
-
-void slots_destroy() {
-  platform::HeapOwner<Slots> gone(g_slots.exchange(nullptr));
-  // A thread killed at process exit may have left the table half changed.
-  if (waiting_given_up()) static_cast<void>(gone.release());
-}
+bool slots_create(std::int32_t last_id) { return g_slots.create(last_id); }
+void slots_destroy() { g_slots.destroy(); }
 
 bool slot_create(qm_slot& record) {
-  Slots* all = slots();
+  Slots* all = g_slots.get();
   if (all == nullptr) return fail(QM_ERROR_DAMAGED, QM_W("(init slot)"));
   qm_slot created{};
   SlotTable::Created result;
@@ -61,7 +48,7 @@ bool slot_create(qm_slot& record) {
 }
 
 bool slot_join(qm_slot& record) {
-  Slots* all = slots();
+  Slots* all = g_slots.get();
   if (all == nullptr) return fail(QM_ERROR_DAMAGED, QM_W("(init)"));
   ReadGuard guard(all->lock);
   Slot* slot = all->table.find(record.id);
@@ -74,7 +61,7 @@ bool slot_join(qm_slot& record) {
 }
 
 bool slot_release(const qm_slot& record) {
-  Slots* all = slots();
+  Slots* all = g_slots.get();
   if (all == nullptr) return fail(QM_ERROR_DAMAGED, QM_W("(init)"));
   WriteGuard guard(all->lock);
   Slot* slot = all->table.find(record.id);

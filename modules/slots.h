@@ -1,12 +1,15 @@
 // Slots: 8-byte cells that independently loaded modules share by number.
 #pragma once
 
+#include <cstdint>
+
 #include "include/qmsd7.h"
+#include "modules/slot_table.h"
 
 namespace qmsd {
 
-bool slots_create();
-void slots_destroy();  // frees every cell, whoever uses it
+bool slots_create(std::int32_t last_id = SlotTable::kLastId);  // tests run out of ids sooner
+void slots_destroy();                                          // frees every cell, whoever uses it
 
 bool slot_create(qm_slot& record);
 bool slot_join(qm_slot& record);

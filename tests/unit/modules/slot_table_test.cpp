@@ -42,29 +42,41 @@ TEST(SlotTable, DoesNotReuseAnIdBelowTheCounter) {
   EXPECT_EQ(created(table).id, 4);
 }
 
-TEST(SlotTable, FillsTheFirstGapAfterTheCounterWentRound) {
-  SlotTable table(kLastId);
-  EXPECT_EQ(created(table).id, kLastId);
-  Slot& first = created(table);
-  EXPECT_EQ(first.id, 1);
-  EXPECT_EQ(created(table).id, 2);
-
-  SlotTable busy;
-  created(busy);
-  created(busy);
-  SlotTable wrapped(kLastId);
-  created(wrapped);
-  EXPECT_EQ(created(wrapped).id, 1);
-  for (const std::int32_t id : {kLastId, 1}) EXPECT_EQ(wrapped.find(id)->id, id);
+TEST(SlotTable, CountsOnFromOneBehindTheLastId) {
+  SlotTable table(kLastId - 1);
+  for (const std::int32_t id : {kLastId - 1, kLastId, 1, 2}) EXPECT_EQ(created(table).id, id);
+  for (const std::int32_t id : {1, 2, kLastId - 1, kLastId}) EXPECT_EQ(table.find(id)->id, id);
 }
 
-TEST(SlotTable, SkipsLiveIdsWhenTheCounterMeetsThem) {
-  SlotTable table(kLastId - 1);
-  created(table);
-  created(table);
-  const std::int32_t first = created(table).id;
-  EXPECT_EQ(first, 1);
-  EXPECT_EQ(table.find(kLastId - 1)->id, kLastId - 1);
+TEST(SlotTable, FillsTheFirstGapAtOrAboveTheCounter) {
+  SlotTable table(1, 8);
+  Slot* slots[9] = {};
+  for (std::int32_t id = 1; id <= 8; ++id) slots[id] = &created(table);
+  for (const std::int32_t id : {2, 3, 6, 8}) table.release(*slots[id]);
+  for (const std::int32_t id : {2, 3, 6, 8}) EXPECT_EQ(created(table).id, id) << "in this order";
+}
+
+TEST(SlotTable, GoesRoundToAGapBelowTheCounter) {
+  SlotTable table(5, 8);
+  Slot* slots[9] = {};
+  for (const std::int32_t id : {5, 6, 7, 8, 1, 2, 3}) slots[id] = &created(table);
+  table.release(*slots[2]);
+  EXPECT_EQ(created(table).id, 4);
+  EXPECT_EQ(created(table).id, 2) << "behind 4 all are taken up to the last, and 1 is";
+}
+
+TEST(SlotTable, HasNoIdWhenAllAreTaken) {
+  SlotTable table(3, 4);
+  Slot* slot = nullptr;
+  for (int i = 0; i < 4; ++i) slot = &created(table);
+  Slot* fifth = nullptr;
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(table.create(fifth), SlotTable::Created::no_id);
+    EXPECT_EQ(fifth, nullptr);
+  }
+  const std::int32_t id = slot->id;
+  table.release(*slot);
+  EXPECT_EQ(created(table).id, id);
 }
 
 class OddCounter : public testing::TestWithParam<std::int32_t> {};
@@ -143,6 +155,27 @@ TEST(SlotTable, AnEmptyPlaceIsSkippedByEveryone) {
   EXPECT_EQ(table.find(1), &slot);
   table.release(slot);
   EXPECT_EQ(table.capacity(), 0u) << "an empty place alone keeps no array";
+}
+
+TEST(SlotTable, AnEmptyPlaceCountsAsOneOfTheArray) {
+  SlotTable table;
+  EXPECT_EQ(create_with(table, 1), SlotTable::Created::no_memory);
+  for (int i = 0; i < 31; ++i) created(table);
+  EXPECT_EQ(table.capacity(), 32u);
+  created(table);
+  EXPECT_EQ(table.capacity(), 64u);
+}
+
+TEST(SlotTable, EmptyPlacesKeepTheOrder) {
+  SlotTable table(6, 8);
+  for (const std::int32_t id : {6, 7, 8}) EXPECT_EQ(created(table).id, id);
+  EXPECT_EQ(create_with(table, 0), SlotTable::Created::no_memory) << "in front of all";
+  EXPECT_EQ(create_with(table, 0), SlotTable::Created::no_memory);
+  for (const std::int32_t id : {1, 2, 3, 4, 5}) EXPECT_EQ(created(table).id, id);
+  for (std::int32_t id = 1; id <= 8; ++id) {
+    ASSERT_NE(table.find(id), nullptr) << id;
+    EXPECT_EQ(table.find(id)->id, id);
+  }
 }
 
 TEST(SlotTable, AFailedGrowthLeavesTheTableAsItWas) {
