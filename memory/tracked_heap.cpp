@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kUnknownFile = "unknown file";
 
-// The places where memory can run out; messages name them.
+// The places where memory can run out. Messages name them by the numbers they have always had.
 enum FailurePoint : std::int32_t { kGrowingList = 195, kNewBlock = 199, kResizing = 202 };
 
 bool exhausted(std::int32_t size, FailurePoint point) {
