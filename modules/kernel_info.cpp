@@ -1,12 +1,23 @@
 // The kernel's own information record, in the form in which every module gives its own.
+#include <algorithm>
+#include <array>
+
 #include "modules/registry.h"
 
 namespace qmsd {
 namespace {
 
+constexpr char kDescription[] = QMSD_DESCRIPTION;
+
+constexpr auto kWideDescription = [] {
+  std::array<qm_wchar, sizeof kDescription> wide{};
+  std::ranges::transform(kDescription, wide.begin(),
+                         [](char ascii) { return static_cast<qm_wchar>(ascii); });
+  return wide;
+}();
+
 constexpr qm_module_info kKernelInfo = {
-    QM_MODULE_ID, QM_KERNEL_VERSION, "QM Library (rev: 49d3a6e)", QM_W("QM Library (rev: 49d3a6e)"),
-    &qm_call,
+    QM_MODULE_ID, QM_KERNEL_VERSION, kDescription, kWideDescription.data(), &qm_call,
 };
 
 }  // namespace
