@@ -28,6 +28,13 @@ if(QMSD_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
+if(QMSD_LINT)
+  # Other rules make another command, so that every source is looked at again.
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS .clang-tidy)
+  file(MD5 .clang-tidy rules)
+  set(CMAKE_CXX_CLANG_TIDY clang-tidy-14 --quiet --extra-arg=-DQMSD_LINT_RULES=0x${rules})
+endif()
+
 find_package(Threads REQUIRED)
 
 # How everything in this project is compiled: warnings are errors.

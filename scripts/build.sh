@@ -7,7 +7,7 @@ preset_of() {
     windows) echo windows-x86 ;;
     linux) echo linux ;;
     asan | tsan) echo "linux-$1" ;;
-    *) die "There is no build '$1': it is windows, linux, asan or tsan." ;;
+    *) die_of_usage "There is no build '$1': it is windows, linux, asan or tsan." ;;
   esac
 }
 
@@ -35,6 +35,7 @@ ensure_build_packages() {
 
 run_build() {
   local name=${1:-windows} preset
+  allow_arguments 1 "$@"
   preset=$(preset_of "$name")
   ensure_build_packages "$name"
   say "Building $preset"

@@ -1,8 +1,6 @@
 # shellcheck shell=bash
 # Checks of the sources themselves.
 
-readonly TIDY_FOLDERS='(kernel|library|memory|modules|platform|services|variant)'
-
 # The C and C++ files of the tree, new ones included, each ended by a zero.
 project_sources() {
   local file
@@ -20,27 +18,27 @@ check_format() { project_sources | xargs -0 clang-format-14 --dry-run --Werror; 
 
 check_scripts() { shellcheck --external-sources run scripts/wine .ci/run; }
 
-check_tidy() {
-  local log
-  log=$(log_file clang-tidy)
-  cmake --preset linux >/dev/null || return 1
-  if run-clang-tidy-14 -quiet -p build/linux -j "$(nproc)" "^$ROOT/$TIDY_FOLDERS/" >"$log" 2>&1; then
-    return 0
-  fi
-  grep -vE '^(clang-tidy-14 |[0-9]+ warnings? generated)' "$log"
-  return 1
-}
+# A build in which each source passes clang-tidy before it is compiled: what has passed is not looked
+# at again until it changes.
+check_tidy() { build_preset lint; }
 
 run_format() {
-  ensure_packages "${FORMAT_PACKAGES[@]}"
-  if [[ ${1:-} == --check ]]; then
-    check_format
-  else
-    project_sources | xargs -0 clang-format-14 -i
-  fi
+  allow_arguments 1 "$@"
+  case ${1:-} in
+    "")
+      ensure_packages "${FORMAT_PACKAGES[@]}"
+      project_sources | xargs -0 clang-format-14 -i
+      ;;
+    --check)
+      ensure_packages "${FORMAT_PACKAGES[@]}"
+      check_format
+      ;;
+    *) die_of_usage "format knows only the option --check." ;;
+  esac
 }
 
 run_lint() {
+  allow_arguments 0 "$@"
   ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${LAYER_PACKAGES[@]}" \
     "${FORMAT_PACKAGES[@]}" "${LINT_PACKAGES[@]}"
   run_source_checks

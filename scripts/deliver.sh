@@ -3,13 +3,14 @@
 
 run_demo() {
   local preset=windows-x86 start=("$ROOT/scripts/wine") ending=.exe
+  allow_arguments 1 "$@"
   ensure_packages "${BUILD_PACKAGES[@]}"
   case ${1:-} in
     --native)
       preset=linux start=() ending=
       ;;
     "") ensure_packages "${WINDOWS_PACKAGES[@]}" "${WINE_PACKAGES[@]}" ;;
-    *) die "demo knows only the option --native." ;;
+    *) die_of_usage "demo knows only the option --native." ;;
   esac
   say "Building the demonstration ($preset)"
   build_preset "$preset" -DQMSD_TESTS=OFF
@@ -23,6 +24,7 @@ run_demo() {
 
 run_package() {
   local preset
+  allow_arguments 0 "$@"
   ensure_packages "${BUILD_PACKAGES[@]}" "${WINDOWS_PACKAGES[@]}"
   for preset in windows-x86 linux; do
     say "Packing $preset"

@@ -26,7 +26,8 @@ fuzz_one() {
 
 run_fuzz() {
   local seconds=${1:-} program programs failed=0
-  [[ $seconds =~ ^[1-9][0-9]*$ ]] || die "How long? ./run fuzz SECONDS"
+  allow_arguments 1 "$@"
+  [[ $seconds =~ ^[1-9][0-9]*$ ]] || die_of_usage "How long? ./run fuzz SECONDS"
   ensure_packages "${BUILD_PACKAGES[@]}" "${FUZZ_PACKAGES[@]}"
   say "Building the fuzz targets"
   build_preset fuzz
@@ -38,6 +39,7 @@ run_fuzz() {
 }
 
 run_coverage() {
+  allow_arguments 0 "$@"
   ensure_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${COVERAGE_PACKAGES[@]}"
   say "Building with coverage"
   build_preset coverage
