@@ -11,10 +11,29 @@ namespace {
 const Codes kRead = {QM_CALL_VARIANTREADARRAY, QM_CALL_VARIANTREADARRAYSHARED};
 const Codes kWrite = {QM_CALL_VARIANTWRITEARRAY, QM_CALL_VARIANTWRITEARRAYSHARED};
 
+struct Refusal {
+  std::int32_t width, type, first, count, capacity;
+  bool has_buffer;
+  const char* condition;  // null: the code's own text alone
+};
+
 class VariantArrays : public VariantTest {
  protected:
   qm_variant* four_numbers() {
     return array<std::int32_t>(QM_TYPE_SIGNED_ARRAY, {10, -20, 300, 70000});
+  }
+  void expect_refused(const Codes& codes, qm_variant* numbers, const Refusal& refusal) {
+    const auto& [width, type, first, count, capacity, has_buffer, condition] = refusal;
+    SCOPED_TRACE(printable(text_of("width %d, type %d, first %d, count %d, capacity %d", width,
+                                   type, first, count, capacity)));
+    const Failure expected = condition == nullptr ? failure(22) : failure(22, "%s", condition);
+    for (const std::uint32_t code : codes) {
+      GuardedTarget buffer;
+      void* given = has_buffer ? buffer.data() : nullptr;
+      qm_variant_array record{numbers, width, type, first, count, given, capacity};
+      EXPECT_TRUE(kernel().refuses(code, record, expected));
+      EXPECT_TRUE(buffer.untouched_from(0));
+    }
   }
 };
 
@@ -74,14 +93,8 @@ TEST_F(VariantArrays, OfOneElementAreReadAtTheSmallerWidth) {
   EXPECT_TRUE(target.untouched_from(4));
 }
 
-struct ReadRefusal {
-  std::int32_t width, type, first, count, capacity;
-  bool has_buffer;
-  const char* condition;  // null: the code's own text alone
-};
-
 // Four numbers; in the order of the checks.
-constexpr ReadRefusal kReadRefusals[] = {
+constexpr Refusal kReadRefusals[] = {
     {4, 1, 0, 0, 32, true, nullptr},
     {4, 1, 0, -1, 32, true, nullptr},
     {4, 77, -1, INT_MIN, 0, false, nullptr},
@@ -120,22 +133,7 @@ constexpr ReadRefusal kReadRefusals[] = {
 
 TEST_F(VariantArrays, RefuseToBeReadInTheWordsOfTheFirstBreach) {
   qm_variant* numbers = four_numbers();
-  for (const ReadRefusal& refusal : kReadRefusals) {
-    for (const std::uint32_t code : kRead) {
-      SCOPED_TRACE(
-          printable(text_of("width %d, type %d, first %d, count %d, capacity %d", refusal.width,
-                            refusal.type, refusal.first, refusal.count, refusal.capacity)));
-      GuardedTarget target;
-      qm_variant_array record{numbers,         refusal.width,
-                              refusal.type,    refusal.first,
-                              refusal.count,   refusal.has_buffer ? target.data() : nullptr,
-                              refusal.capacity};
-      EXPECT_TRUE(kernel().refuses(
-          code, record,
-          refusal.condition == nullptr ? failure(22) : failure(22, "%s", refusal.condition)));
-      EXPECT_TRUE(target.untouched_from(0));
-    }
-  }
+  for (const Refusal& refusal : kReadRefusals) expect_refused(kRead, numbers, refusal);
 }
 
 TEST_F(VariantArrays, AreTheOnlyOnesReadAndWrittenSo) {
@@ -197,13 +195,7 @@ TEST_F(VariantArrays, AreWrittenThroughTheMatrix) {
   }
 }
 
-struct WriteRefusal {
-  std::int32_t width, type, first, count, capacity;
-  bool has_buffer;
-  const char* condition;
-};
-
-constexpr WriteRefusal kWriteRefusals[] = {
+constexpr Refusal kWriteRefusals[] = {
     {4, 1, 0, 0, 32, true, nullptr},
     {4, 1, 0, 1, 32, false, "(target || tgtlen)"},
     {4, 1, 0, 1, 0, true, "(target || tgtlen)"},
@@ -227,21 +219,7 @@ constexpr WriteRefusal kWriteRefusals[] = {
 TEST_F(VariantArrays, RefuseToBeWrittenInTheWordsOfTheFirstBreach) {
   qm_variant* numbers = four_numbers();
   const auto before = bytes_of(numbers);
-  for (const WriteRefusal& refusal : kWriteRefusals) {
-    for (const std::uint32_t code : kWrite) {
-      SCOPED_TRACE(
-          printable(text_of("width %d, type %d, first %d, count %d, capacity %d", refusal.width,
-                            refusal.type, refusal.first, refusal.count, refusal.capacity)));
-      GuardedTarget buffer;
-      qm_variant_array record{numbers,         refusal.width,
-                              refusal.type,    refusal.first,
-                              refusal.count,   refusal.has_buffer ? buffer.data() : nullptr,
-                              refusal.capacity};
-      EXPECT_TRUE(kernel().refuses(
-          code, record,
-          refusal.condition == nullptr ? failure(22) : failure(22, "%s", refusal.condition)));
-    }
-  }
+  for (const Refusal& refusal : kWriteRefusals) expect_refused(kWrite, numbers, refusal);
   EXPECT_EQ(bytes_of(numbers), before);
 }
 
