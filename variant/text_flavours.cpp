@@ -6,13 +6,12 @@
 #include <cstdint>
 
 #include "services/text/numbers.h"
+#include "variant/time/digits.h"
 #include "variant/time/recognise.h"
 #include "variant/time/zone.h"
 
 namespace qmsd {
 namespace {
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 std::optional<RecognisedScalar> recognise_integer(std::string_view text) {
   const IntegerReading reading = read_integer(text);

@@ -1,3 +1,4 @@
+// Days are counted in 32 bits, microseconds in 64; the range of years lets neither overflow.
 #include "variant/time/counts.h"
 
 #include <cmath>

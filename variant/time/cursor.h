@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "variant/time/digits.h"
+
 namespace qmsd {
 
 // Reads from the front of a text. What does not match is not read.
@@ -15,7 +17,7 @@ class Cursor {
   std::size_t position() const { return at_; }
   std::size_t count_digits() const {
     std::size_t count = 0;
-    while (is_digit(at_ + count)) ++count;
+    while (has_digit(at_ + count)) ++count;
     return count;
   }
   // Gives the character that was skipped, 0 if it is none of these.
@@ -31,8 +33,8 @@ class Cursor {
   std::optional<int> number(std::size_t digits, int low, int high) {
     int value = 0;
     for (std::size_t i = 0; i < digits; ++i) {
-      if (!is_digit(at_ + i)) return std::nullopt;
-      value = value * 10 + (text_[at_ + i] - '0');
+      if (!has_digit(at_ + i)) return std::nullopt;
+      value = value * 10 + digit_value(text_[at_ + i]);
     }
     if (value < low || value > high) return std::nullopt;
     at_ += digits;
@@ -40,9 +42,7 @@ class Cursor {
   }
 
  private:
-  bool is_digit(std::size_t at) const {
-    return at < text_.size() && text_[at] >= '0' && text_[at] <= '9';
-  }
+  bool has_digit(std::size_t at) const { return at < text_.size() && is_digit(text_[at]); }
 
   std::string_view text_;
   std::size_t at_ = 0;

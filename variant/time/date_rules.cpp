@@ -1,6 +1,7 @@
+// A rule reads what it needs from the front of the text and gives up at the first mismatch; what it
+// has read by then does not matter.
 #include "variant/time/date_rules.h"
 
-#include <algorithm>
 #include <cstdint>
 
 #include "variant/time/calendar.h"
@@ -31,15 +32,17 @@ std::optional<Year> read_signed_year(Cursor& text, bool negative) {
 
 std::optional<Year> read_year(Cursor& text) {
   if (const char sign = text.skip_one_of("+-")) return read_signed_year(text, sign == '-');
-  const auto century = read_place(text, 0, 99, -1);
+  // Century 00 is known, although the value has no way to tell it from an absent one.
+  const bool has_century = !text.skip("XX");
+  const auto century = has_century ? text.number(2, 0, 99) : DateTime::kNoCentury;
   if (!century) return std::nullopt;
   const auto year_of_century = read_place(text, 0, 99, DateTime::kNoYearOfCentury);
   if (!year_of_century) return std::nullopt;
-  if (*century >= 0 && *year_of_century != DateTime::kNoYearOfCentury) {
+  if (has_century && *year_of_century != DateTime::kNoYearOfCentury) {
     return year_of(*century * 100 + *year_of_century);
   }
   Year year;
-  year.value.set_century(std::max(*century, DateTime::kNoCentury));
+  year.value.set_century(*century);
   year.value.set_year_of_century(*year_of_century);
   return year;
 }

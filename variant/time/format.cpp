@@ -1,3 +1,5 @@
+// The interpreter of the format language, and the default forms written out: nearly all that is
+// printed is in one of these.
 #include "variant/time/format.h"
 
 #include <algorithm>
@@ -5,14 +7,14 @@
 #include <cstdint>
 #include <optional>
 
+#include "variant/time/digits.h"
+
 namespace qmsd {
 namespace {
 
 constexpr int kMostWidth = 9;
 
-bool is_digit(char character) { return character >= '0' && character <= '9'; }
-
-// Whole seconds of the day; only for a value with a time.
+// Both mean something only for a value with a time.
 int seconds_of_day(DateTime value) {
   return static_cast<int>(value.time_of_day() / kMicrosecondsPerSecond);
 }
@@ -58,37 +60,39 @@ Conversion read_conversion(std::string_view format) {
   int width = 0;
   std::size_t at = 1;
   for (; at < format.size() && is_digit(format[at]); ++at) {
-    width = std::min(width * 10 + (format[at] - '0'), kMostWidth);
+    width = std::min(width * 10 + digit_value(format[at]), kMostWidth);
   }
   const bool ended = at == format.size();
   return {format.substr(0, ended ? at : at + 1), static_cast<std::size_t>(width),
           format.size() > 1 && format[1] == '0', ended ? '\0' : format[at]};
 }
 
-std::optional<int> present(int number, bool is_present) {
-  return is_present ? std::optional(number) : std::nullopt;
-}
+struct Part {
+  int number;
+  bool is_present;
+};
 
-// What the letter prints, or nothing when the part is absent.
-std::optional<int> number_of(DateTime value, char letter) {
+// What the letter prints; nothing for one that stands for no number.
+std::optional<Part> part_of(DateTime value, char letter) {
   switch (letter) {
     case 'c':
-      return present(value.century(), value.century() != DateTime::kNoCentury);
+      return Part{value.century(), value.century() != DateTime::kNoCentury};
     case 'y':
-      return present(value.year_of_century(),
-                     value.year_of_century() != DateTime::kNoYearOfCentury);
+      return Part{value.year_of_century(), value.year_of_century() != DateTime::kNoYearOfCentury};
     case 'Y':
-      return present(value.year(), value.has_year());
+      return Part{value.year(), value.has_year()};
     case 'm':
-      return present(value.month(), value.month() != DateTime::kNoMonth);
+      return Part{value.month(), value.month() != DateTime::kNoMonth};
     case 'd':
-      return present(value.day(), value.day() != DateTime::kNoDay);
+      return Part{value.day(), value.day() != DateTime::kNoDay};
     case 'H':
-      return present(seconds_of_day(value) / 3600, value.has_time());
+      return Part{seconds_of_day(value) / 3600, value.has_time()};
     case 'M':
-      return present(seconds_of_day(value) / 60 % 60, value.has_time());
-    default:  // 'S'
-      return present(seconds_of_day(value) % 60, value.has_time());
+      return Part{seconds_of_day(value) / 60 % 60, value.has_time()};
+    case 'S':
+      return Part{seconds_of_day(value) % 60, value.has_time()};
+    default:
+      return std::nullopt;
   }
 }
 
@@ -109,14 +113,6 @@ void put_number(Output& output, const Conversion& conversion, int number) {
   output.put(digits);
 }
 
-void put_part(Output& output, const Conversion& conversion, std::optional<int> number, char fill) {
-  if (number) {
-    put_number(output, conversion, *number);
-  } else {
-    output.repeat(fill, conversion.width);
-  }
-}
-
 void put_fraction(Output& output, const Conversion& conversion, DateTime value, char fill) {
   if (!value.has_time()) return output.repeat(fill, conversion.width);
   char digits[] = "000000000";
@@ -128,23 +124,12 @@ void put_fraction(Output& output, const Conversion& conversion, DateTime value, 
 }
 
 void put_conversion(Output& output, const Conversion& conversion, DateTime value, char fill) {
-  switch (conversion.letter) {
-    case 'c':
-    case 'y':
-    case 'Y':
-    case 'm':
-    case 'd':
-    case 'H':
-    case 'M':
-    case 'S':
-      return put_part(output, conversion, number_of(value, conversion.letter), fill);
-    case 'Z':
-      return put_fraction(output, conversion, value, fill);
-    case '%':
-      return output.put('%');
-    default:
-      return output.put(conversion.text);
-  }
+  if (conversion.letter == '%') return output.put('%');
+  if (conversion.letter == 'Z') return put_fraction(output, conversion, value, fill);
+  const auto part = part_of(value, conversion.letter);
+  if (!part) return output.put(conversion.text);
+  if (!part->is_present) return output.repeat(fill, conversion.width);
+  put_number(output, conversion, part->number);
 }
 
 // Whether no part of the default form takes more places than its width.

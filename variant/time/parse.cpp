@@ -1,9 +1,11 @@
+// One look at each character of a text that lies in fixed columns once its year is known.
 #include "variant/time/parse.h"
 
 #include <cstddef>
 #include <cstdint>
 
 #include "variant/time/calendar.h"
+#include "variant/time/digits.h"
 
 namespace qmsd {
 namespace {
@@ -11,7 +13,6 @@ namespace {
 constexpr std::size_t kMostYearPlaces = 4;
 constexpr int kUnknown = -1;
 
-bool is_digit(char character) { return character >= '0' && character <= '9'; }
 bool is_place(char character) { return is_digit(character) || character == kUnknownDigit; }
 
 // The characters of the text by position; past its end nothing reads as a digit or a separator.
@@ -20,7 +21,7 @@ class Characters {
   explicit Characters(std::string_view text) : text_(text) {}
 
   char operator[](std::size_t at) const { return at < text_.size() ? text_[at] : '\0'; }
-  int digit(std::size_t at) const { return (*this)[at] - '0'; }
+  int digit(std::size_t at) const { return digit_value((*this)[at]); }
 
   std::size_t places_from(std::size_t at) const {
     std::size_t count = 0;

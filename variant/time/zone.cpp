@@ -1,3 +1,4 @@
+// The offset is kept without a lock: any thread may be the one to ask first.
 #include "variant/time/zone.h"
 
 #include <atomic>
