@@ -189,6 +189,33 @@ TEST_F(Aliases, AreEmptyWhenTheStoreWritesNothing) {
   EXPECT_TRUE(open_fails(QM_W("viewer"), cannot_load("")));
 }
 
+TEST_F(Aliases, LeaveTheErrorOfTheNameThatIsNoLibrary) {
+  load_kernel_with_store("/default/viewer=tm_plain");
+  EXPECT_TRUE(close(open(QM_W("viewer"))));
+  EXPECT_TRUE(kernel().has_error(cannot_load("viewer")));
+}
+
+// How long a module stays loaded is a matter of its own name.
+TEST_F(Aliases, DoNotMakeAModuleOneOfTheFamily) {
+  install("qmtm_family");
+  load_kernel_with_store("/default/qmviewer=tm_plain\n/default/viewer=qmtm_family");
+  EXPECT_TRUE(close(open(QM_W("qmviewer"))));
+  EXPECT_FALSE(is_loaded("tm_plain"));
+  EXPECT_TRUE(close(open(QM_W("viewer"))));
+  EXPECT_TRUE(is_loaded("qmtm_family"));
+}
+
+TEST_F(Aliases, ServeGroupsToo) {
+  load_kernel_with_store("/default/groups/x1200=viewer\n/default/viewer=tm_plain : fast");
+  clear_journal();
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(kernel().through(QM_GROUP_HANDLE(0x1200), 0x12000001), 1);
+  }
+  EXPECT_EQ(reads(), Lines(2, "qmproperty read /default/viewer"));
+  EXPECT_EQ(journal("tm_plain"), (Lines{"tm_plain load", "tm_plain notice entry=1",
+                                        "tm_plain call 12000001 0", "tm_plain call 12000001 0"}));
+}
+
 // ---- Several names of one module ---------------------------------------------------------------
 
 TEST_F(Aliases, ShareTheModuleWithItsOwnName) {

@@ -62,6 +62,19 @@ TEST_F(Handles, DoNotComeBackSoon) {
   EXPECT_TRUE(close(next));
 }
 
+TEST_F(Handles, MayBeAnyNumber) {
+  constexpr std::uint32_t kCount = 200;
+  for (std::uint32_t i = 0; i < kCount; ++i) ASSERT_EQ(open(QM_W("tm_plain")), kFirst + i);
+  EXPECT_EQ(kernel().live_handles(), static_cast<int>(kCount));
+  // In an order that takes them from everywhere: 77 and 200 have no common divisor.
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    const std::uint32_t at = i * 77 % kCount;
+    clear_journal();
+    ASSERT_TRUE(close(kFirst + at));
+    ASSERT_EQ(journal("close"), Lines{printable(text_of("tm_plain close %x", at + 1))});
+  }
+}
+
 TEST_F(Handles, UseUpAValueForAFailedOpen) {
   configure("tm_other.open_result=0");
   qm_open_module_w record{QM_W("tm_other"), nullptr, 0};
@@ -69,6 +82,18 @@ TEST_F(Handles, UseUpAValueForAFailedOpen) {
   const std::uint32_t handle = open(QM_W("tm_plain"));
   EXPECT_EQ(handle, kFirst + 1);
   EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, LeaveTheErrorAloneWhenTheyServe) {
+  const Error planted = kernel().plant_error();
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  EXPECT_EQ(kernel().through(handle, kSomeCode), 1);
+  add_reference(handle);
+  resolve(handle);
+  EXPECT_FALSE(close(handle));
+  EXPECT_FALSE(close(handle));
+  EXPECT_TRUE(close(handle));
+  EXPECT_EQ(kernel().error(), planted);
 }
 
 // ---- Calls -------------------------------------------------------------------------------------
@@ -172,6 +197,10 @@ TEST_F(Handles, AreRefusedUntilTheyAreBound) {
   auto record = poisoned<qm_resolve_handle>();
   record.handle = kFirst;
   EXPECT_TRUE(kernel().fails(QM_CALL_RESOLVEHANDLE, &record, failure(22)));
+  add_reference(kFirst);
+  qm_handle_ref reference{kFirst};
+  EXPECT_EQ(kernel()(QM_CALL_UNREFHANDLE, &reference), 1);
+  EXPECT_EQ(reference.handle, kFirst);
   opening.join();
 }
 
@@ -335,6 +364,32 @@ TEST_F(Handles, StayAfterACloseSentThroughThem) {
   EXPECT_EQ(journal(), (Lines{"tm_plain close 1", "tm_plain unload"}));
 }
 
+TEST_F(Handles, HaveNothingToCloseWhenTheirModuleIsGone) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  qm_handle_ref record{handle};
+  EXPECT_EQ(kernel().through(handle, QM_CALL_CLOSEHANDLE, &record), 1);
+  clear_journal();
+  const Error planted = kernel().plant_error();
+  for (const std::uint32_t code : {QM_CALL_CLOSEHANDLE, QM_CALL_UNREFHANDLE}) {
+    EXPECT_EQ(kernel().through(handle, code, &record), 1);
+  }
+  EXPECT_EQ(kernel().error(), planted);
+  EXPECT_EQ(journal(), Lines{});
+  EXPECT_TRUE(close(handle));
+}
+
+TEST_F(Handles, LoadTheirModuleAgainForACall) {
+  const std::uint32_t handle = open(QM_W("tm_plain"));
+  qm_handle_ref record{handle};
+  EXPECT_EQ(kernel().through(handle, QM_CALL_CLOSEHANDLE, &record), 1);
+  clear_journal();
+  EXPECT_EQ(kernel().through(handle, kSomeCode), 1);
+  EXPECT_EQ(journal(),
+            (Lines{"tm_plain load", "tm_plain notice entry=1", "tm_plain call 12340001 1"}));
+  EXPECT_TRUE(close(handle));
+  EXPECT_FALSE(is_loaded("tm_plain"));
+}
+
 TEST_F(Handles, SendASecondCloseToAModuleThatIsStillThere) {
   install("qmtm_family");
   const std::uint32_t handle = open(QM_W("qmtm_family"));
@@ -343,45 +398,6 @@ TEST_F(Handles, SendASecondCloseToAModuleThatIsStillThere) {
   EXPECT_EQ(kernel().through(handle, QM_CALL_CLOSEHANDLE, &record), 1);
   EXPECT_EQ(kernel()(QM_CALL_CLOSEHANDLE, &record), 1);
   EXPECT_EQ(journal(), (Lines{"qmtm_family close 1", "qmtm_family close 1"}));
-}
-
-// ---- Groups ------------------------------------------------------------------------------------
-
-TEST_F(Handles, OfAGroupNeedNoOpening) {
-  install_as("tm_plain", "qmlog");
-  clear_journal();
-  constexpr std::uint32_t kLog = QM_GROUP_HANDLE(0x1101);
-  EXPECT_EQ(kernel().through(kLog, 0x11010003), 1);
-  EXPECT_EQ(journal(), (Lines{"qmlog load", "qmlog notice entry=1", "qmlog call 11010003 0"}));
-  EXPECT_EQ(kernel().live_handles(), 0);
-  EXPECT_EQ(result_of(kLog, 7), 1);
-  EXPECT_EQ(result_of(kLog, -1), 1);
-  EXPECT_EQ(result_of(kLog, 0), 0);
-}
-
-struct GroupRow {
-  std::uint32_t group;
-  const char* module;
-};
-
-constexpr GroupRow kGroups[] = {
-    {0x1101, "qmlog"},      {0x1102, "qmstream"},     {0x1103, "qmtrafo"},    {0x1104, "qmimage"},
-    {0x1105, "qmbmp"},      {0x1106, "qmjpeg"},       {0x1107, "qmwatchdog"}, {0x1108, "qmmotdet"},
-    {0x1109, "qmjpeg2k"},   {0x110A, "qmzlib"},       {0x110B, "qmpng"},      {0x110D, "qmspeed"},
-    {0x110E, "qmpropfile"}, {0x110F, "qmpropclient"}, {0x1110, "qmjpeg8"},    {0x1111, "qmjpeg12"},
-    {0x1113, "qmwsq"},      {0x1100, "qmproperty"},
-};
-
-// The property module comes last: once it is there, it is asked for aliases.
-TEST_F(Handles, OfAGroupLeadToTheGroupsModule) {
-  for (const GroupRow& row : kGroups) {
-    const std::uint32_t handle = QM_GROUP_HANDLE(row.group);
-    EXPECT_TRUE(kernel().fails(handle, kSomeCode, nullptr, cannot_load(row.module))) << row.module;
-    install_as("tm_plain", row.module);
-    clear_journal();
-    EXPECT_EQ(kernel().through(handle, kSomeCode), 1) << row.module;
-    EXPECT_EQ(journal("call"), Lines{std::string(row.module) + " call 12340001 0"});
-  }
 }
 
 }  // namespace

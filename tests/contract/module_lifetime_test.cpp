@@ -104,7 +104,12 @@ TEST_F(ModuleLifetime, MayEndWithCallsToTheKernel) {
                    "tm_unload_calls nested 10030006 result=0 error=2",
                    "tm_unload_calls nested 10030007 result=0 error=2",
                    "tm_unload_calls nested 1000000f result=0 error=16",
-                   "tm_unload_calls nested (Closed handle: 00010000, cmd=1000000f, nhs: 1)"}));
+                   "tm_unload_calls nested (Closed handle: 00010000, cmd=1000000f, nhs: 1)",
+                   "tm_unload_calls nested 10020005 result=1 error=0",
+                   "tm_unload_calls nested 10020007 result=1 error=0",
+                   "tm_unload_calls nested 10040003 result=1 error=0",
+                   "tm_unload_calls nested 10040008 result=1 error=0",
+                   "tm_unload_calls nested 10040001 result=1 error=0"}));
   EXPECT_FALSE(is_loaded("tm_unload_calls"));
   // Its clean-up code released the first handle and left one of its own.
   EXPECT_EQ(keeps_value_in_use, 0x10000u);

@@ -1,5 +1,6 @@
 // Opening a module: what the module is told, what the caller's record holds afterwards, where the
 // library is looked for.
+#include <clocale>
 #include <fstream>
 #include <thread>
 
@@ -70,6 +71,13 @@ TEST_F(ModulesOpen, GiveTheModuleTheCallersFurtherFields) {
   EXPECT_EQ(journal("fields"), (Lines{"tm_plain open fields=41,99", "tm_plain open fields=41,99"}));
 }
 
+TEST_F(ModulesOpen, ShowTheModuleNoHandle) {
+  qm_open_module_w record{QM_W("tm_plain"), nullptr, 0xC3C3C3C3};
+  EXPECT_EQ(kernel()(QM_CALL_OPENMODULEW, &record), 1);
+  EXPECT_EQ(journal("open"), Lines{"tm_plain open name=tm_plain group=(null)"});
+  EXPECT_TRUE(close(record.handle));
+}
+
 TEST_F(ModulesOpen, ShowTheModuleAWideRecordForANarrowOne) {
   const std::string name = "tm_plain";
   const std::string group = "fast";
@@ -83,6 +91,22 @@ TEST_F(ModulesOpen, ShowTheModuleAWideRecordForANarrowOne) {
   record.group = nullptr;
   EXPECT_EQ(kernel()(QM_CALL_OPENMODULEA, &record), 1);
   EXPECT_EQ(journal("open").back(), "tm_plain open name=tm_plain group=(null)");
+  EXPECT_TRUE(close(record.handle));
+}
+
+TEST_F(ModulesOpen, TakeNarrowTextsAsFarAsTheyAreText) {
+#ifdef _WIN32
+  ASSERT_NE(std::setlocale(LC_CTYPE, "Japanese_Japan.932"), nullptr);
+  const std::string no_text = "\x81";  // the first half of a character
+#else
+  ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+  const std::string no_text = "\xFF more";
+#endif
+  const std::string name = "tm_plain" + no_text;
+  const std::string group = "fast" + no_text;
+  qm_open_module_a record{name.c_str(), group.c_str(), 0};
+  EXPECT_EQ(kernel()(QM_CALL_OPENMODULEA, &record), 1);
+  EXPECT_EQ(journal("open"), Lines{"tm_plain open name=tm_plain group=fast"});
   EXPECT_TRUE(close(record.handle));
 }
 
@@ -265,6 +289,23 @@ TEST_F(ModulesInTheSystemsFolder, MayBeUnfit) {
   const std::string name = system.unfit_file("bad");
   EXPECT_TRUE(open_fails(widen(name), cannot_load(name)));
 }
+
+#ifdef _WIN32  // where files have no case, but names of modules have
+
+TEST_F(ModulesOpen, TellNamesApartByTheirCase) {
+  const std::uint32_t small = open(QM_W("tm_plain"));
+  const std::uint32_t large = open(QM_W("TM_PLAIN"));
+  EXPECT_EQ(resolve(small).library, resolve(large).library);
+  EXPECT_EQ(journal("notice").size(), 2u) << "two modules in one library";
+  for (const std::uint32_t handle : {small, large}) {
+    EXPECT_TRUE(is_loaded("tm_plain"));
+    EXPECT_FALSE(close(handle));
+    EXPECT_TRUE(close(handle));
+  }
+  EXPECT_FALSE(is_loaded("tm_plain"));
+}
+
+#endif
 
 // ---- More than one at a time -------------------------------------------------------------------
 

@@ -58,8 +58,10 @@ class StartLocale : public KernelTest {
 
 #ifdef _WIN32
 constexpr const char* kKnownLocale = "English_United States.1252";
+constexpr const char* kOtherLocale = "German_Germany.1252";
 #else
 constexpr const char* kKnownLocale = "C.UTF-8";
+constexpr const char* kOtherLocale = "C.UTF-8";
 #endif
 
 TEST_F(StartLocale, IsTakenFromTheEnvironment) {
@@ -108,6 +110,23 @@ TEST_F(StartLocale, StaysAsItIsForANameTheRuntimeDoesNotKnow) {
       << "bytes map to the first 256 characters";
   EXPECT_EQ(wide("\x80\xFF"), (Text{0x80, 0xFF}));
   EXPECT_EQ(narrow(0x20AC), "a") << "text ends at the first character that cannot be converted";
+}
+
+TEST_F(StartLocale, StaysAsItIsForANameThatIsTooLong) {
+  const ScopedVariable lang("LANG", std::string(2000, 'x'));
+  load_kernel();
+  EXPECT_EQ(locale_of(LC_CTYPE), "C");
+}
+
+TEST_F(StartLocale, IsTheUsersDefaultForAnEmptyVariable) {
+  const ScopedVariable lang("LANG", std::string(kOtherLocale));
+  const ScopedVariable type("LC_CTYPE", std::string());
+  std::setlocale(LC_CTYPE, "");
+  const std::string default_type = locale_of(LC_CTYPE);
+  std::setlocale(LC_ALL, "C");
+  load_kernel();
+  EXPECT_EQ(locale_of(LC_CTYPE), default_type);
+  EXPECT_EQ(locale_of(LC_TIME), kOtherLocale);
 }
 
 TEST_F(StartLocale, IsTheUsersDefaultWithoutAnyVariable) {

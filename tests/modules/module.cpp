@@ -35,6 +35,8 @@ int32_t open_instance(qm_open_module_w* record) {
   char group[256];
   test_module::journal("open name=%s group=%s", test_module::show(record->name, name, sizeof name),
                        test_module::show(record->group, group, sizeof group));
+  // The kernel clears it, so that a module without instances need not write it.
+  if (record->handle != 0) test_module::journal("open handle=%x", record->handle);
   if (test_module::setting(TM_OPEN_FIELDS) != 0) {
     tm_open_module* whole = reinterpret_cast<tm_open_module*>(record);
     test_module::journal("open fields=%u,%u", whole->first++, whole->second++);

@@ -137,6 +137,9 @@ void call_while_unloading() {
   call_kernel(0, QM_CALL_UNREFHANDLE, &reference);
   call_kernel(kGone, QM_CALL_NOP, nullptr);
   journal_error_detail();
+  qm_slot slot{};
+  if (call_kernel(0, QM_CALL_SLOTCREATE, &slot) != 0) call_kernel(0, QM_CALL_SLOTRELEASE, &slot);
+  use_a_variant();
 }
 
 void on_load(const char* path) {

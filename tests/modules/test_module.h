@@ -85,6 +85,7 @@ struct tm_old_info {
 //                  NAME notice entry=RESULT                 QM_CALL_SETKERNELENTRY; result of a NOP
 //                  NAME notice done                         only with TM_NOTICE_SLEEP
 //                  NAME open name=NAME group=GROUP          "(null)" for a null text
+//                  NAME open handle=HANDLE                  only if it is not 0 when open begins
 //                  NAME open fields=FIRST,SECOND            only with TM_OPEN_FIELDS
 //                  NAME close HANDLE                        hexadecimal, no leading zeros
 //                  NAME call CODE HANDLE                    any other code, eight digits

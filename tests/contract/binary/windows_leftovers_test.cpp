@@ -74,6 +74,42 @@ TEST_P(ComingAndGoing, KeepsNoMoreMemoryThanALibraryThatDoesNothing) {
   EXPECT_LT(kept_anyway, 100 * 4 * 1024) << "the runtime's memory for exceptions is given back";
 }
 
+// ---- Threads -----------------------------------------------------------------------------------
+
+DWORD WINAPI do_nothing(void*) { return 0; }
+
+DWORD WINAPI make_errors(void* entry) {
+  const auto call = reinterpret_cast<qm_call_fn>(entry);
+  for (int times = 0; times < 3; ++times) {
+    call(0, QM_CALL_SETERRORW, nullptr);
+    call(0, QM_CALL_PUSHERROR, nullptr);
+  }
+  return 0;
+}
+
+std::ptrdiff_t kept_by_threads(LPTHREAD_START_ROUTINE body, void* argument) {
+  const auto run = [body, argument](int times) {
+    for (int i = 0; i < times; ++i) {
+      const HANDLE thread = ::CreateThread(nullptr, 0, body, argument, 0, nullptr);
+      ::WaitForSingleObject(thread, INFINITE);
+      ::CloseHandle(thread);
+    }
+  };
+  run(5);
+  const std::size_t before = memory_in_use();
+  run(100);
+  return static_cast<std::ptrdiff_t>(memory_in_use() - before);
+}
+
+TEST(ThreadsThatComeAndGo, KeepNoErrors) {
+  const HMODULE library = ::LoadLibraryA(QMSD_LIBRARY_FILE);
+  ASSERT_NE(library, nullptr);
+  const auto entry = reinterpret_cast<void (*)()>(::GetProcAddress(library, "qm_call"));
+  const std::ptrdiff_t kept_anyway = kept_by_threads(do_nothing, nullptr);
+  EXPECT_LE(kept_by_threads(make_errors, reinterpret_cast<void*>(entry)), kept_anyway + 1024);
+  EXPECT_TRUE(::FreeLibrary(library));
+}
+
 INSTANTIATE_TEST_SUITE_P(Libraries, ComingAndGoing,
                          testing::Values(QMSD_LIBRARY_FILE, QMSD_MODULE_FILE),
                          [](const auto& param) { return param.index == 0 ? "Kernel" : "Module"; });

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "include/qmsd7.h"
 #include "tests/contract/binary/pe_image.h"
 
 namespace binary {
@@ -52,6 +54,22 @@ TEST_F(WindowsLibrary, MayBeLoadedAnywhereWithDataThatDoesNotRun) {
     const DWORD both = IMAGE_SCN_MEM_EXECUTE | IMAGE_SCN_MEM_WRITE;
     EXPECT_NE(section.Characteristics & both, both);
   }
+}
+
+// The loader's notices have numbers up to 3.
+TEST_F(WindowsLibrary, TakesNoticesThatItDoesNotKnow) {
+  const HMODULE library = ::LoadLibraryA(QMSD_LIBRARY_FILE);
+  ASSERT_NE(library, nullptr);
+  using Entry = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
+  const auto entry = reinterpret_cast<Entry>(reinterpret_cast<std::uintptr_t>(library) +
+                                             image.optional_header().AddressOfEntryPoint);
+  const auto found = reinterpret_cast<void (*)()>(::GetProcAddress(library, "qm_call"));
+  const auto call = reinterpret_cast<qm_call_fn>(found);
+  for (const DWORD reason : {4ul, 5ul, 0x7FFFFFFFul, 0xFFFFFFFFul}) {
+    EXPECT_EQ(entry(library, reason, nullptr), TRUE) << reason;
+    EXPECT_EQ(call(0, QM_CALL_NOP, nullptr), 1) << reason;
+  }
+  EXPECT_TRUE(::FreeLibrary(library));
 }
 
 TEST_F(WindowsLibrary, CarriesNoTimeOfBuilding) {

@@ -69,7 +69,7 @@ TEST_F(Shutdown, UnloadCodeMayCallTheKernel) {
   close(open("qm_calls"));
   journal();
   stop();
-  // There are no handles any more, so nothing opens; releasing has nothing to do; memory works.
+  // There are no handles any more, so nothing opens; releasing has nothing to do; the rest works.
   EXPECT_EQ(
       journal(),
       (Lines{
@@ -78,7 +78,10 @@ TEST_F(Shutdown, UnloadCodeMayCallTheKernel) {
           "qm_calls nested 10020000 result=1 error=0", "qm_calls nested 1000f000 result=0 error=16",
           "qm_calls nested 10030006 result=0 error=2", "qm_calls nested 10030007 result=1 error=0",
           "qm_calls nested 1000000f result=0 error=16",
-          "qm_calls nested (Closed handle: 00010000, cmd=1000000f, nhs: 0)"}));
+          "qm_calls nested (Closed handle: 00010000, cmd=1000000f, nhs: 0)",
+          "qm_calls nested 10020005 result=1 error=0", "qm_calls nested 10020007 result=1 error=0",
+          "qm_calls nested 10040003 result=1 error=0", "qm_calls nested 10040008 result=1 error=0",
+          "qm_calls nested 10040001 result=1 error=0"}));
 }
 
 TEST_F(Shutdown, UnloadCodeMayCallTheKernelBeforeTheEndToo) {
