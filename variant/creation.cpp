@@ -52,20 +52,19 @@ bool check(const qm_variant_create& request) {
   return true;
 }
 
-// A copy of `size` bytes with `slack` zeroed bytes behind them; null with an error.
-Bytes copy_bytes(const void* from, std::int64_t size, std::size_t slack = 0) {
+// Null, with an error recorded, when memory is exhausted.
+Bytes copy_bytes(const void* from, std::int64_t size) {
   if (size > INT32_MAX) {
     fail(QM_ERROR_NO_MEMORY);
     return nullptr;
   }
   const auto length = static_cast<std::size_t>(size);
-  Bytes copy(static_cast<std::byte*>(platform::heap_allocate(length + slack)));
+  Bytes copy(static_cast<std::byte*>(platform::heap_allocate(length)));
   if (!copy) {
     fail(QM_ERROR_NO_MEMORY);
     return nullptr;
   }
-  if (length != 0) std::memcpy(copy.get(), from, length);
-  std::memset(copy.get() + length, 0, slack);
+  std::memcpy(copy.get(), from, length);
   return copy;
 }
 
@@ -119,18 +118,20 @@ Decoded become_decoded(qm_variant& variant, std::string_view utf8) {
   return Decoded::yes;
 }
 
+// Texts are looked into once they are copied: only then it is certain where they end.
 bool store_text(qm_variant& variant, const qm_variant_create& request) {
+  Bytes data = copy_bytes(request.data, request.size);
+  if (!data) return false;
   const auto length = static_cast<std::size_t>(request.size) - 1;
-  const std::string_view text(static_cast<const char*>(request.data), length);
+  auto* units = reinterpret_cast<char*>(data.get());
+  units[length] = 0;
+  const std::string_view text(units, length);
   if (request.type == QM_TYPE_TEXT_AUTO && become_recognised(variant, text)) return true;
   if (request.type == QM_TYPE_TEXT_UTF8) {
     const Decoded decoded = become_decoded(variant, text);
     if (decoded == Decoded::yes) return true;
     if (decoded == Decoded::no_memory) return fail(QM_ERROR_NO_MEMORY);
   }
-  Bytes data = copy_bytes(request.data, request.size);
-  if (!data) return false;
-  data[length] = std::byte{0};
   variant.become_block(QM_TYPE_TEXT, request.size, 1, std::move(data));
   return true;
 }
@@ -147,16 +148,16 @@ Decoded become_recognised(qm_variant& variant, WideView text) {
 
 bool store_wide_text(qm_variant& variant, const qm_variant_create& request) {
   const auto unit = static_cast<std::int64_t>(sizeof(qm_wchar));
+  Bytes data = copy_bytes(request.data, request.size * unit);
+  if (!data) return false;
   const auto length = static_cast<std::size_t>(request.size) - 1;
+  auto* units = reinterpret_cast<qm_wchar*>(data.get());
+  units[length] = 0;
   if (request.type == QM_TYPE_WIDE_TEXT_AUTO) {
-    const Decoded decoded =
-        become_recognised(variant, WideView(static_cast<const qm_wchar*>(request.data), length));
+    const Decoded decoded = become_recognised(variant, WideView(units, length));
     if (decoded == Decoded::yes) return true;
     if (decoded == Decoded::no_memory) return fail(QM_ERROR_NO_MEMORY);
   }
-  Bytes data = copy_bytes(request.data, request.size * unit);
-  if (!data) return false;
-  reinterpret_cast<qm_wchar*>(data.get())[length] = 0;
   variant.become_block(QM_TYPE_WIDE_TEXT, request.size, 1, std::move(data));
   return true;
 }
