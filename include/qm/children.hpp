@@ -255,9 +255,10 @@ class Children {
       QM_CALL_VARIANTGETATTRIBUTE, QM_CALL_VARIANTTAKEATTRIBUTE, QM_CALL_VARIANTDELETEATTRIBUTE,
       QM_CALL_VARIANTINSERTATTRIBUTE, QM_CALL_VARIANTCOUNTATTRIBUTES};
 
+  static Error refusal() { return Error(QM_ERROR_ARGUMENT, "this Variant is empty"); }
   const Codes& codes() const noexcept { return kind_ == Kind::items ? kItems : kAttributes; }
   Result<std::int32_t> try_call(std::uint32_t function, void* record) const {
-    if (!holder_) return Error(QM_ERROR_ARGUMENT, "this Variant is empty");
+    if (!holder_) return refusal();
     return kernel_.try_call(function, record);
   }
   Result<Variant> fetch(std::uint32_t function, const Where& where) const {
@@ -299,6 +300,7 @@ inline Result<std::int32_t> Children::try_insert(const Variant& child, const Whe
 
 inline Result<Variant> Children::try_add(const Value& value, const std::optional<Text>& name,
                                          std::int32_t id) const {
+  if (!holder_) return refusal();
   Result<Variant> child = Variant::try_create(kernel_, value, name, id);
   if (!child) return child;
   if (auto inserted = try_insert(*child); !inserted) return std::move(inserted).error();

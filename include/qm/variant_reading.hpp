@@ -3,11 +3,11 @@
 
 #include <qmsd7.h>
 
+#include <bit>
 #include <chrono>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <functional>
 #include <span>
 #include <string>
@@ -66,31 +66,39 @@ inline Result<DateTime> read_date_time(const Variant& variant, const VariantInfo
   const auto found = recognised->try_info();
   if (!found) return found.error();
   if (found->type != QM_TYPE_DATETIME) return other_kind(*found, "date-time");
-  return recognised->template try_convert<DateTime>();
+  return recognised->try_convert<DateTime>();
 }
 
-// Is `text` what this value is read back from?
+// The value as text, if it reads back from that text as it was.
 template <class T>
-bool reads_back(const Variant& variant, const WideString& text) {
+Result<WideString> read_as_text(const Variant& variant) {
   const auto value = variant.try_convert<T>();
-  const auto back = Variant::try_create(variant.kernel(), text).and_then([](const Variant& copy) {
+  if (!value) return value.error();
+  auto text = variant.try_convert<WideString>();
+  if (!text) return text;
+  const auto back = Variant::try_create(variant.kernel(), *text).and_then([](const Variant& copy) {
     return copy.try_convert<T>();
   });
-  return value && back && std::memcmp(&*value, &*back, sizeof(T)) == 0;
+  if (!back) return back.error();
+  if (std::bit_cast<std::uint64_t>(*value) == std::bit_cast<std::uint64_t>(*back)) return text;
+  return Error(QM_ERROR_RANGE,
+               "the value would read back differently from '" + to_utf8(*text) + "'");
 }
 
 inline Result<WideString> read_wide_text(const Variant& variant, const VariantInfo& info) {
-  if (info.type < QM_TYPE_SIGNED || (info.type > QM_TYPE_DATETIME && info.type != QM_TYPE_TEXT &&
-                                     info.type != QM_TYPE_WIDE_TEXT)) {
-    return other_kind(info, "text");
+  switch (info.type) {
+    case QM_TYPE_SIGNED:
+    case QM_TYPE_UNSIGNED:
+    case QM_TYPE_TEXT:
+    case QM_TYPE_WIDE_TEXT:
+      return variant.try_convert<WideString>();
+    case QM_TYPE_FLOATING:
+      return read_as_text<double>(variant);
+    case QM_TYPE_DATETIME:
+      return read_as_text<DateTime>(variant);
+    default:
+      return other_kind(info, "text");
   }
-  Result<WideString> text = variant.try_convert<WideString>();
-  if (!text) return text;
-  if ((info.type == QM_TYPE_FLOATING && !reads_back<double>(variant, *text)) ||
-      (info.type == QM_TYPE_DATETIME && !reads_back<DateTime>(variant, *text))) {
-    return Error(QM_ERROR_RANGE, "as text the value would be '" + to_utf8(*text) + "'");
-  }
-  return text;
 }
 
 inline Result<std::string> read_text(const Variant& variant, const VariantInfo& info) {
