@@ -8,6 +8,7 @@
 
 #include "excounter.h"
 #include "exgreeter.h"
+#include "files_part.h"
 #include "print.h"
 #include "qmsd7.h"
 #include "step.h"
@@ -228,7 +229,8 @@ int main(int, char** arguments) {
   // The modules lie beside this program, and listing looks in the current directory.
   std::filesystem::current_path(std::filesystem::absolute(arguments[0]).parent_path());
   int number = 0;
-  if (!demo::run_steps<Demo>(kSteps, number) || !demo::run_variants_part(number)) {
+  if (!demo::run_steps<Demo>(kSteps, number) || !demo::run_variants_part(number) ||
+      !demo::run_files_part(number)) {
     std::printf("FAILED\n");
     return 1;
   }
