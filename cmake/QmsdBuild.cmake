@@ -41,9 +41,7 @@ find_package(Threads REQUIRED)
 add_library(qmsd_options INTERFACE)
 target_include_directories(qmsd_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(qmsd_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-  # To GCC this is no part of -Wconversion.
-  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 target_compile_definitions(qmsd_options INTERFACE
   $<$<BOOL:${QMSD_TRACE}>:QMSD_TRACE> $<$<BOOL:${QMSD_CHECK_LOCKS}>:QMSD_CHECK_LOCKS>)
 target_link_libraries(qmsd_options INTERFACE Threads::Threads)

@@ -96,14 +96,15 @@ bool read_translation(VersionBlock block, const Entry& root, qm_wchar (&key)[9])
 }  // namespace
 
 bool fixed_version(VersionBlock block, std::uint32_t& version) {
-  constexpr std::size_t kNeeded = 8;  // signature, structure version, file version
+  constexpr std::size_t kNeeded = 8;              // signature, structure version, file version
+  constexpr std::size_t kParts[] = {5, 4, 7, 6};  // where the parts of the file version are
   Entry root;
   if (!read_root(block, root) || words_in(root.value_length) < kNeeded) return false;
   if (root.value > block.size() || block.size() - root.value < kNeeded) return false;
   const VersionBlock info = block.substr(root.value, kNeeded);
   if (info[0] != 0x04BD || info[1] != 0xFEEF) return false;
   version = 0;
-  for (const std::size_t part : {5, 4, 7, 6}) version = version << 8 | (info[part] & 0xFFu);
+  for (const std::size_t part : kParts) version = version << 8 | (info[part] & 0xFFu);
   return true;
 }
 
