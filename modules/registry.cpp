@@ -71,8 +71,8 @@ bool fail_busy(const qm_wchar* name) { return fail(QM_ERROR_BUSY, QM_W("('%ls')"
 std::int32_t uses_to_give_back(const Call& call, const ModuleRecord& record, UseMode mode) {
   if (mode == UseMode::group) return 1;
   if (call.opens()) return 0;
-  const bool stays_loaded = WideView(record.key()).starts_with(QM_W("qm"));
-  return call.code == QM_CALL_CLOSEHANDLE && !stays_loaded ? 2 : 1;
+  if (call.code != QM_CALL_CLOSEHANDLE) return 1;
+  return WideView(record.key()).starts_with(QM_W("qm")) ? 1 : 2;
 }
 
 std::int32_t call_loaded(ModuleTable& modules, const ModuleUse& use, const Call& call,

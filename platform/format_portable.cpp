@@ -178,7 +178,7 @@ class Formatter {
         arguments_.next<void*>();
         return;
       default: {
-        const Char unknown = static_cast<Char>(type);
+        const auto unknown = static_cast<Char>(type);
         output_.put(&unknown, 1);
       }
     }

@@ -20,6 +20,9 @@ class Sleeper {
   void wake(std::uint32_t threads) noexcept;
 
  private:
+  // False when there is none.
+  bool take_token() noexcept;
+
   // Windows: the semaphore that holds the tokens, made at the first use.
   [[maybe_unused]] std::atomic<void*> object_{nullptr};
   // The tokens where there is no such object.

@@ -11,23 +11,12 @@
 #include "platform/test_hooks.h"
 
 namespace qmsd::platform {
-namespace {
-
-bool take_token(std::atomic<std::uint32_t>& tokens) {
-  std::uint32_t left = tokens.load(std::memory_order_relaxed);
-  while (left != 0) {
-    if (tokens.compare_exchange_weak(left, left - 1, std::memory_order_acquire)) return true;
-  }
-  return false;
-}
-
-}  // namespace
 
 Sleeper::~Sleeper() = default;
 
 void Sleeper::sleep() noexcept {
   // Waiting returns at once if the count is no longer 0, so no wake is missed.
-  while (!take_token(tokens_)) {
+  while (!take_token()) {
     ::syscall(SYS_futex, &tokens_, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
   }
 }

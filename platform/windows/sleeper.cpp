@@ -36,14 +36,6 @@ HANDLE shared_semaphore(std::atomic<void*>& object) {
   return decided;
 }
 
-bool take_token(std::atomic<std::uint32_t>& tokens) {
-  std::uint32_t left = tokens.load(std::memory_order_relaxed);
-  while (left != 0) {
-    if (tokens.compare_exchange_weak(left, left - 1, std::memory_order_acquire)) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 Sleeper::~Sleeper() { close_semaphore(object_.load(std::memory_order_acquire)); }
@@ -54,7 +46,7 @@ void Sleeper::sleep() noexcept {
     ::WaitForSingleObject(semaphore, INFINITE);
     return;
   }
-  while (!take_token(tokens_)) ::Sleep(kPollMilliseconds);
+  while (!take_token()) ::Sleep(kPollMilliseconds);
 }
 
 void Sleeper::wake(std::uint32_t threads) noexcept {
