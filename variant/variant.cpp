@@ -23,10 +23,10 @@ qm_variant::~qm_variant() {
   const Kind kind = this->kind();
   if (kind == Kind::object) {
     qmsd::platform::heap_free(value_.block.module);
+    qmsd::platform::heap_free(codes_);
   } else if (kind != Kind::scalar && kind != Kind::empty) {
     qmsd::platform::heap_free(value_.block.bytes);
   }
-  qmsd::platform::heap_free(codes_);
   qmsd::drop_name(name_);
   qmsd::platform::heap_free(attributes_);
 }
