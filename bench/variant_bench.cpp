@@ -9,11 +9,8 @@
 #include <vector>
 
 #include "include/qmsd7.h"
-#include "kernel/entry/lifecycle.h"
 
 namespace {
-
-[[maybe_unused]] const bool kAttached = (qmsd::attach(), true);
 
 qm_variant* create(std::int32_t type, std::int32_t size, const void* data,
                    const qm_wchar* name = nullptr) {
