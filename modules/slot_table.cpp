@@ -1,4 +1,4 @@
-// Slots and their ids.
+// Slots in the order of their ids, which go round.
 #include "modules/slot_table.h"
 
 #include <algorithm>

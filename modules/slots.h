@@ -8,8 +8,9 @@
 
 namespace qmsd {
 
-bool slots_create(std::int32_t last_id = SlotTable::kLastId);  // tests run out of ids sooner
-void slots_destroy();                                          // frees every cell, whoever uses it
+// False when memory is exhausted. Tests run out of ids sooner than at the last one there is.
+bool slots_create(std::int32_t last_id = SlotTable::kLastId);
+void slots_destroy();  // frees every cell, whoever uses it
 
 bool slot_create(qm_slot& record);
 bool slot_join(qm_slot& record);

@@ -17,6 +17,13 @@ struct CloseDirectory {
   void operator()(DIR* directory) const noexcept { ::closedir(directory); }
 };
 
+using OpenDirectory = std::unique_ptr<DIR, CloseDirectory>;
+
+// Not inlined: walks nest as deep as directories do, and the path is large.
+[[gnu::noinline]] OpenDirectory open_directory(const qm_wchar* path) {
+  return OpenDirectory(::opendir(SystemPath(path).c_str()));
+}
+
 bool is_entry(std::string_view name) { return name != "." && name != ".."; }
 
 // On a mismatch it goes back to the last star, which then takes one character more.
@@ -50,7 +57,7 @@ const qm_wchar kListSeparator = QM_W(':');
 
 void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitEntry visit,
                      void* context) {
-  const std::unique_ptr<DIR, CloseDirectory> open(::opendir(SystemPath(directory).c_str()));
+  const OpenDirectory open = open_directory(directory);
   if (open == nullptr) return;
   while (const dirent* entry = ::readdir(open.get())) {
     qm_wchar name[sizeof entry->d_name];

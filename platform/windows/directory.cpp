@@ -10,9 +10,21 @@ namespace {
 
 constexpr std::size_t kPathSize = 2048;  // more than the system takes without a prefix
 
+// Not inlined: walks nest as deep as directories do, and the path is large.
+[[gnu::noinline]] HANDLE find_first(std::wstring_view directory, std::wstring_view pattern,
+                                    WIN32_FIND_DATAW& found) noexcept {
+  qm_wchar path[kPathSize];
+  if (directory.size() + 1 + pattern.size() >= kPathSize) return INVALID_HANDLE_VALUE;
+  qm_wchar* end = std::copy(directory.begin(), directory.end(), path);
+  *end++ = kPathSeparator;
+  *std::copy(pattern.begin(), pattern.end(), end) = 0;
+  return ::FindFirstFileW(path, &found);
+}
+
 class Search {
  public:
-  explicit Search(const wchar_t* path) noexcept : handle_(::FindFirstFileW(path, &found_)) {}
+  Search(const wchar_t* directory, const wchar_t* pattern) noexcept
+      : handle_(find_first(directory, pattern, found_)) {}
   ~Search() {
     if (found_any()) ::FindClose(handle_);
   }
@@ -41,15 +53,7 @@ const qm_wchar kListSeparator = QM_W(';');
 
 void visit_directory(const qm_wchar* directory, const qm_wchar* pattern, VisitEntry visit,
                      void* context) {
-  const std::wstring_view parent = directory;
-  const std::wstring_view name = pattern;
-  qm_wchar path[kPathSize];
-  if (parent.size() + 1 + name.size() >= kPathSize) return;
-  qm_wchar* end = std::copy(parent.begin(), parent.end(), path);
-  *end++ = kPathSeparator;
-  *std::copy(name.begin(), name.end(), end) = 0;
-
-  Search search(path);
+  Search search(directory, pattern);
   if (!search.found_any()) return;
   do {
     const DirectoryEntry entry = search.entry();

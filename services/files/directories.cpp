@@ -1,4 +1,4 @@
-// Directories.
+// What is at a path, asked of the system each time, and how missing directories come to be.
 #include "services/files/directories.h"
 
 #include <cerrno>

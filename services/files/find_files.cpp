@@ -1,4 +1,4 @@
-// The search for files.
+// The search for files: what is wanted, what is there, and the walk down the tree.
 #include "services/files/find_files.h"
 
 #include <cerrno>

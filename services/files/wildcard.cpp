@@ -1,4 +1,4 @@
-// Wildcards.
+// One walk over name and pattern with one place to go back to.
 #include "services/files/wildcard.h"
 
 #include <cstddef>
