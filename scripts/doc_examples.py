@@ -27,6 +27,7 @@ C_HEAD = """#include <qmsd7.h>
 """ + CHECK
 
 CPP_HEAD = """#include <qm/client.hpp>
+#include <qm/module.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>

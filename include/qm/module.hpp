@@ -23,9 +23,11 @@
 
 #include <qmsd7.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
+#include <qm/buffer.hpp>
 #include <qm/detail/module_entry.hpp>
 #include <qm/detail/module_errors.hpp>
 #include <qm/error.hpp>
@@ -43,6 +45,21 @@ namespace qm {
 ///     check(qm::module_kernel() == kernel || !qm::module_kernel());
 inline Kernel module_kernel() noexcept {
   return Kernel(detail::module_kernel_entry.load(std::memory_order_acquire));
+}
+
+/// A copy of a text in a tracked block, for an out field of a record: the caller gives it back.
+/// Owner: whoever gets the pointer. Errors: qm::Error 12, 34 more than 2 GB, 22 without a kernel.
+/// Threads: any.
+///
+///     qm_wchar* const text = qm::tracked_copy(kernel, QM_W("Hello"));
+///     check(text == qm::WideString(QM_W("Hello")));
+///     check(qm::Buffer::adopt(kernel, text).size() == 12);
+inline qm_wchar* tracked_copy(Kernel kernel, WideView text) {
+  Buffer block = Buffer::allocate(kernel, (text.size() + 1) * sizeof(qm_wchar));
+  qm_wchar* const copy = block.bytes<qm_wchar>().data();
+  *std::copy(text.begin(), text.end(), copy) = 0;
+  static_cast<void>(block.release());  // the caller's from here on
+  return copy;
 }
 
 /// The call entry of a module: what the kernel calls, and tests that do without loading anything.
