@@ -101,6 +101,16 @@ TEST_F(FindFiles, MatchesNamesWithoutADotAsIfTheyEndedInOne) {
   EXPECT_EQ(find("*", 0, 0), (Names{".\\plain", ".\\a.b"}));
 }
 
+TEST_F(FindFiles, GivesNamesBeyondAsciiAsTheyAre) {
+  const std::u16string name = u"stra\u00DFe \u03B1.TXT";
+  make_file(fs::path(name));
+  qm_wchar** found = nullptr;
+  ASSERT_EQ(find_files(QM_W("."), QM_W("stra?e*.txt"), &found, 0, 0), 1);
+  EXPECT_EQ(test::WideString(found[0]), QM_W(".\\") + test::WideString(name.begin(), name.end()));
+  platform::heap_free(found[0]);
+  platform::heap_free(found);
+}
+
 TEST_F(FindFiles, NeedsNoSecondSeparator) {
   fs::create_directory("sub");
   make_file("sub/x");
