@@ -1,11 +1,18 @@
-# Cross-builds 32-bit Windows binaries and runs them under Wine.
+# Cross-builds 32-bit Windows binaries and runs them under Wine: in the sources of the kernel under a
+# prefix of their own, for others that have this file from the package under the user's.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
-set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine")
 set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
+if(DEFINED CMAKE_CROSSCOMPILING_EMULATOR)
+  return()
+elseif(EXISTS "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine")
+  set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine")
+else()
+  set(CMAKE_CROSSCOMPILING_EMULATOR wine)
+endif()
