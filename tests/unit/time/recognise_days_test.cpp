@@ -1,5 +1,5 @@
-// Every day of a whole cycle of the calendar, in each of the ways to write a day, against a calendar
-// that steps from one to the next.
+// Every day of a whole cycle of the calendar in each of the ways to write it, against a calendar
+// that steps from one day to the next.
 #include <gtest/gtest.h>
 
 #include <cstdio>
