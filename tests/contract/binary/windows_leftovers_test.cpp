@@ -110,9 +110,10 @@ TEST(ThreadsThatComeAndGo, KeepNoErrors) {
   EXPECT_TRUE(::FreeLibrary(library));
 }
 
+constexpr const char* kNames[] = {"Kernel", "Module", "ModuleOfTheKit"};
 INSTANTIATE_TEST_SUITE_P(Libraries, ComingAndGoing,
-                         testing::Values(QMSD_LIBRARY_FILE, QMSD_MODULE_FILE),
-                         [](const auto& param) { return param.index == 0 ? "Kernel" : "Module"; });
+                         testing::Values(QMSD_LIBRARY_FILE, QMSD_MODULE_FILE, QMSD_KIT_MODULE_FILE),
+                         [](const auto& param) { return kNames[param.index]; });
 
 }  // namespace
 }  // namespace binary
