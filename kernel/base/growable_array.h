@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -34,7 +33,6 @@ class GrowableArray {
   T& operator[](std::size_t at) noexcept { return items_[at]; }
   const T& operator[](std::size_t at) const noexcept { return items_[at]; }
   T& back() noexcept { return items_[size_ - 1]; }
-  std::span<T> items() noexcept { return {items_, size_}; }
 
   // Makes room for one more element, so that the next insert cannot fail. New room is zeroed.
   [[nodiscard]] bool reserve_one() {
