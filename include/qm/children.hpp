@@ -3,10 +3,10 @@
 
 #include <qmsd7.h>
 
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -15,7 +15,8 @@
 namespace qm {
 
 /// Which child is meant: made, without being asked, from an index or a name, or by one of the
-/// functions here.
+/// functions here. Whether there is such a child the call tells that is given it.
+/// Owner: of a copy of the name. Errors: std::bad_alloc. Threads: a plain value.
 ///
 ///     qm::Variant car = qm::Variant::create(kernel, qm::Value());
 ///     car.attributes().add("red", "color", 4);
@@ -25,16 +26,27 @@ namespace qm {
 ///     check(car.attributes().get(qm::Where::named("color", 1)).info().id == 5);
 class Where {
  public:
-  template <std::integral Index>
+  template <Integer Index>
   Where(Index index) noexcept : flags_(QM_FIND_INDEX), index_(clamped(index)) {}
   template <detail::TextLike T>
   Where(const T& name) : Where(named(Text(name))) {}
 
   /// The last child; when inserting, the end of the list.
+  ///
+  ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
+  ///     for (const int n : {1, 2, 3}) list.items().add(n);
+  ///     check(list.items().get(qm::Where::last()).as<int>() == 3);
   static Where last() noexcept { return Where(QM_FIND_LAST, 0); }
 
-  /// The child so many places behind the first one (counting from 0) that has the name, has no name
-  /// at all, or has the id.
+  /// Among the children with this name, without a name, or with this id, the one at that place.
+  ///
+  ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
+  ///     list.items().add(1, "a", 7);
+  ///     list.items().add(2, "a", 7);
+  ///     list.items().add(3);
+  ///     check(list.items().get(qm::Where::named("a", 1)).as<int>() == 2);
+  ///     check(list.items().get(qm::Where::with_id(7)).as<int>() == 1);
+  ///     check(list.items().get(qm::Where::unnamed()).as<int>() == 3);
   static Where named(Text name, std::int32_t nth = 0) {
     Where where(QM_FIND_INDEX | QM_FIND_NTH_OF_NAME, nth);
     where.name_ = std::move(name);
@@ -61,7 +73,9 @@ class Where {
     return std::move(*this);
   }
 
-  /// The kernel's record for it.
+  /// The kernel's record for it, for calls of one's own. It borrows the name.
+  ///
+  ///     check(qm::Where(3).record(nullptr).index == 3);
   qm_variant_child record(qm_variant* holder, qm_variant* child = nullptr) const noexcept {
     return {holder, flags_, id_, index_, name_ ? name_->c_str() : nullptr, child};
   }
@@ -69,7 +83,7 @@ class Where {
  private:
   Where(std::uint32_t flags, std::int32_t index) noexcept : flags_(flags), index_(index) {}
 
-  template <std::integral Index>
+  template <Integer Index>
   static std::int32_t clamped(Index index) noexcept {
     if (std::in_range<std::int32_t>(index)) return static_cast<std::int32_t>(index);
     return index < Index{} ? -1 : std::numeric_limits<std::int32_t>::max();
@@ -90,14 +104,6 @@ class Where {
 ///     check(car.attributes().size() == 1 && !car.attributes().contains("size"));
 class Children {
  public:
-  enum class Kind { items, attributes };
-
-  Children(Kind kind, Kernel kernel, qm_variant* holder) noexcept
-      : kind_(kind), kernel_(kernel), holder_(holder) {}
-  Children(Kind kind, Variant holder) noexcept : Children(kind, holder.kernel(), holder.get()) {
-    owner_ = std::move(holder);
-  }
-
   /// How many there are.
   /// Errors: 22 for an empty Variant, or items of what is no container. Threads: any.
   ///
@@ -245,6 +251,10 @@ class Children {
   std::default_sentinel_t end() const noexcept { return {}; }
 
  private:
+  friend class Variant;
+
+  enum class Kind { items, attributes };
+
   struct Codes {
     std::uint32_t get, take, remove, insert, count;
   };
@@ -254,6 +264,12 @@ class Children {
   static constexpr Codes kAttributes = {
       QM_CALL_VARIANTGETATTRIBUTE, QM_CALL_VARIANTTAKEATTRIBUTE, QM_CALL_VARIANTDELETEATTRIBUTE,
       QM_CALL_VARIANTINSERTATTRIBUTE, QM_CALL_VARIANTCOUNTATTRIBUTES};
+
+  Children(Kind kind, Kernel kernel, qm_variant* holder) noexcept
+      : kind_(kind), kernel_(kernel), holder_(holder) {}
+  Children(Kind kind, Variant holder) noexcept : Children(kind, holder.kernel(), holder.get()) {
+    owner_ = std::move(holder);
+  }
 
   static Error refusal() { return Error(QM_ERROR_ARGUMENT, "this Variant is empty"); }
   const Codes& codes() const noexcept { return kind_ == Kind::items ? kItems : kAttributes; }

@@ -11,6 +11,7 @@
 #include <qm/kernel_library.hpp>
 #include <qm/module_handle.hpp>
 #include <qm/owner.hpp>
+#include <qm/properties.hpp>
 #include <qm/result.hpp>
 #include <qm/slot.hpp>
 #include <qm/text.hpp>

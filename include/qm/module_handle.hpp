@@ -168,9 +168,6 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
 ///     check(!direct.try_call(0x12FF0000));
 class DirectModule {
  public:
-  DirectModule(ModuleHandle reference, qm_call_fn entry, std::uint32_t owner_handle) noexcept
-      : reference_(std::move(reference)), entry_(entry), owner_handle_(owner_handle) {}
-
   /// Calls the module's entry. Returns what it returned, which is not 0.
   /// Errors: 22 after a move; otherwise the thread's error state right after a call that returned
   /// 0. Threads: any, as far as the module allows.
@@ -194,6 +191,11 @@ class DirectModule {
   const ModuleHandle& handle() const noexcept { return reference_; }
 
  private:
+  friend class ModuleHandle;
+
+  DirectModule(ModuleHandle reference, qm_call_fn entry, std::uint32_t owner_handle) noexcept
+      : reference_(std::move(reference)), entry_(entry), owner_handle_(owner_handle) {}
+
   ModuleHandle reference_;
   qm_call_fn entry_;
   std::uint32_t owner_handle_;

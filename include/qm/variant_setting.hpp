@@ -38,7 +38,7 @@ template <class T>
 Result<detail::RawValue> Variant::as_own_type(const T& value) const {
   const auto known = try_info();
   if (!known) return known.error();
-  const auto source = try_create(kernel(), value);
+  const Result<Variant> source = try_create(kernel(), value);
   if (!source) return source.error();
   const auto text_of = [&]<class String>(const String& text) {
     return detail::RawValue(known->type, text.size() + 1,
@@ -56,9 +56,9 @@ Result<detail::RawValue> Variant::as_own_type(const T& value) const {
       });
     }
     case QM_TYPE_TEXT:
-      return source->template convert_sequence<std::string>(QM_TYPE_TEXT).transform(text_of);
+      return source->convert_sequence<std::string>(QM_TYPE_TEXT).transform(text_of);
     case QM_TYPE_WIDE_TEXT:
-      return source->template try_convert<WideString>().transform(text_of);
+      return source->try_convert<WideString>().transform(text_of);
     default:
       return detail::other_kind(*known, "number, date-time or text");
   }
@@ -68,13 +68,15 @@ template <class T>
 Result<void> Variant::try_set(const T& value) {
   const auto converted = as_own_type(value);
   if (!converted) return converted.error();
+  const Result<Variant> trial = try_create(kernel(), converted->value());
+  if (!trial) return trial.error();
   const auto expected = detail::comparable(value);
-  const auto kept = try_create(kernel(), converted->value()).and_then([](const Variant& variant) {
-    return variant.template try_as<std::remove_const_t<decltype(expected)>>();
-  });
+  const auto kept = trial->try_as<std::remove_const_t<decltype(expected)>>();
   if (!kept) return kept.error();
   if (detail::is_same(*kept, expected)) return try_assign(converted->value());
-  return Error(QM_ERROR_RANGE, "the value does not read back from the variant's type");
+  return trial->try_convert<std::string>().and_then([](const std::string& text) -> Result<void> {
+    return Error(QM_ERROR_RANGE, "the variant would hold '" + text + "' instead");
+  });
 }
 
 template <class T>
