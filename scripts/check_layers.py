@@ -36,7 +36,7 @@ CLIENT = "include/qm"
 BESIDE = {
     CLIENT: ["include"],
     "toolkit": ["include", "toolkit"],
-    "examples": ["include", "toolkit/include", "examples"],
+    "examples": ["include", "toolkit/qmproperty/qmproperty.h", "examples"],
     "tests/contract": ["include", "tests/contract", "tests/modules", "tests/support"],
     "tests/modules": ["include", "tests/modules"],
     "tests/toolkit": ["include", "toolkit", "examples", "tests/toolkit", "tests/contract/support",
