@@ -15,7 +15,8 @@ else()
   # Modules lie in the folder in which the kernel looks for the family's own. Installed elsewhere it
   # finds them by its own place; the older kind of run path leaves that of the program in force.
   set(QMSD_MODULE_DESTINATION "${CMAKE_INSTALL_LIBDIR}/qm")
-  set_target_properties(qmsd7 PROPERTIES INSTALL_RPATH "$ORIGIN/qm")
+  set_target_properties(qmsd7 PROPERTIES
+    INSTALL_RPATH "$ORIGIN/qm" BUILD_WITH_INSTALL_RPATH ON)
   target_link_options(qmsd7 PRIVATE -Wl,--disable-new-dtags)
   set(QMSD_DOCUMENT_DESTINATION "${CMAKE_INSTALL_DOCDIR}")
   set(system_files module_exports.map)

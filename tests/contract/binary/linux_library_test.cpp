@@ -40,9 +40,9 @@ TEST_F(LinuxLibrary, TakesEveryNameFromALibraryItNeeds) {
   }
 }
 
-TEST_F(LinuxLibrary, IsFoundByItsMajorVersionAndBringsNoSearchPath) {
+TEST_F(LinuxLibrary, IsFoundByItsMajorVersionAndLooksForModulesBesideIt) {
   EXPECT_EQ(image.dynamic_texts(DT_SONAME), std::vector<std::string>{"libqmsd7.so.7"});
-  EXPECT_TRUE(image.dynamic_texts(DT_RPATH).empty());
+  EXPECT_EQ(image.dynamic_texts(DT_RPATH), std::vector<std::string>{"$ORIGIN/qm"});
   EXPECT_TRUE(image.dynamic_texts(DT_RUNPATH).empty());
 }
 
