@@ -204,8 +204,9 @@ void DeepCopy_nlohmann(benchmark::State& state) {
     const nlohmann::json copy(list);
     benchmark::DoNotOptimize(&copy);
   }
+  state.SetComplexityN(state.range(0));
 }
-BENCHMARK(DeepCopy_nlohmann)->Arg(10000);
+BENCHMARK(DeepCopy_nlohmann)->RangeMultiplier(10)->Range(1000, 1000000)->Complexity(benchmark::oN);
 
 void Destruction(benchmark::State& state) {
   for (auto _ : state) {

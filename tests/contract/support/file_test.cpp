@@ -1,7 +1,7 @@
 #include "tests/contract/support/file_test.h"
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 namespace contract {
 namespace {
@@ -64,8 +64,9 @@ void FileTest::make_file(const std::filesystem::path& name, const std::string& t
 }
 
 std::string FileTest::contents(const std::filesystem::path& name) const {
-  std::ifstream file(folder().path() / name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream text;
+  text << std::ifstream(folder().path() / name, std::ios::binary).rdbuf();
+  return text.str();
 }
 
 bool FileTest::exists(const std::filesystem::path& name) const {

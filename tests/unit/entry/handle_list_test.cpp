@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/test_hooks.h"
+#include "tests/support/allocation_failures.h"
 
 namespace qmsd {
 namespace {
@@ -111,18 +111,18 @@ TEST(HandleList, KeepsTheOrderOfCreationWhenTheCounterWraps) {
 
 // ---- Exhausted memory ----
 
-int g_allocations_left;
-
-bool allow_some(std::size_t) { return g_allocations_left-- > 0; }
+// What is added while the n-th allocation and all behind it fail.
+const HandleRecord* add_without(HandleList& list, int n) {
+  const HandleRecord* added = nullptr;
+  EXPECT_TRUE(
+      test::with_allocation_failing(n, test::Shortage::from_then_on, [&] { added = list.add(); }));
+  return added;
+}
 
 TEST(HandleList, SurvivesEveryFailedAllocation) {
-  for (int allowed = 0; allowed < 2; ++allowed) {
+  for (int failing = 1; failing <= 2; ++failing) {
     HandleList list;
-    g_allocations_left = allowed;
-    platform::set_allocation_gate(allow_some);
-    const HandleRecord* refused = list.add();
-    platform::set_allocation_gate(nullptr);
-    EXPECT_EQ(refused, nullptr) << allowed;
+    EXPECT_EQ(add_without(list, failing), nullptr) << failing;
     EXPECT_EQ(list.size(), 0u);
     EXPECT_NE(list.add(), nullptr);
   }
@@ -131,11 +131,7 @@ TEST(HandleList, SurvivesEveryFailedAllocation) {
 TEST(HandleList, AFailedRenumberingLeavesTheCounterForTheNextTry) {
   HandleList list(0, 0xFFFFFFFE);
   list.add();
-  g_allocations_left = 0;
-  platform::set_allocation_gate(allow_some);
-  const HandleRecord* refused = list.add();
-  platform::set_allocation_gate(nullptr);
-  EXPECT_EQ(refused, nullptr);
+  EXPECT_EQ(add_without(list, 1), nullptr);
   EXPECT_EQ(list.add()->sequence, 1u) << "renumbered now: one record lived";
 }
 
