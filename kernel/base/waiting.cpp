@@ -3,6 +3,8 @@
 
 #include <atomic>
 
+#include "platform/process.h"
+
 namespace qmsd {
 namespace {
 
@@ -11,6 +13,10 @@ std::atomic<bool> g_given_up{false};
 }  // namespace
 
 void give_up_waiting() noexcept { g_given_up.store(true, std::memory_order_relaxed); }
-bool waiting_given_up() noexcept { return g_given_up.load(std::memory_order_relaxed); }
+
+// A library may be cleaned up before the kernel, and call it once more.
+bool waiting_given_up() noexcept {
+  return g_given_up.load(std::memory_order_relaxed) || platform::process_is_ending();
+}
 
 }  // namespace qmsd

@@ -119,6 +119,13 @@ int leaves_busy_threads() {
   return kAsPlanned;
 }
 
+// Modules are cleaned up before the kernel that loaded them.
+int leaves_busy_threads_and_a_caller() {
+  load_kernel();
+  const bool opened = open(QM_W("tm_plain")) != 0 && open(QM_W("tm_unload_calls")) != 0;
+  return opened ? leaves_busy_threads() : kFailed;
+}
+
 // The end of a process waits for the system's loader, so threads that load and unload without a
 // pause end at its door.
 int leaves_loading_threads() {
@@ -160,6 +167,7 @@ constexpr Scenario kScenarios[] = {
     {"leaves_a_thread_in_an_open", leaves_a_thread_in_an_open},
     {"leaves_a_thread_in_a_call", leaves_a_thread_in_a_call},
     {"leaves_busy_threads", leaves_busy_threads},
+    {"leaves_busy_threads_and_a_caller", leaves_busy_threads_and_a_caller},
     {"leaves_loading_threads", leaves_loading_threads},
     {"leaves_a_caller_behind", leaves_a_caller_behind},
 };

@@ -49,6 +49,17 @@ TEST_F(ProcessEnd, DoesNotWaitForLocksOfKilledThreads) {
   }
 }
 
+TEST_F(ProcessEnd, DoesNotLetModulesWaitForLocksOfKilledThreads) {
+  install("tm_unload_calls");
+  for (int times = 0; times < 5; ++times) {
+    clear_journal();
+    const HostResult result = run_host("leaves_busy_threads_and_a_caller", kLimit);
+    EXPECT_EQ(result.exit_code, kAsPlanned);
+    EXPECT_LT(result.lasted, kAtOnce);
+    EXPECT_GT(journal("tm_unload_calls nested").size(), 10u) << "all calls came back";
+  }
+}
+
 TEST_F(ProcessEnd, DoesNotWaitForModulesThatKilledThreadsWereLoading) {
   // The threads are not to be killed in the middle of file work.
   const ScopedVariable no_journal("TM_JOURNAL", std::nullopt);

@@ -164,6 +164,17 @@ TEST_F(Table, UseIsNotTakenFromALaterRecordAtTheSameAddress) {
   EXPECT_EQ(later.users, 2);
 }
 
+TEST_F(Table, CountsTheLoadsThatEndedOneWayOrTheOther) {
+  ModuleOwner owned = make(QM_W("a"));
+  ModuleRecord& record = *owned;
+  EXPECT_EQ(table.add(owned), ModuleTable::Added::added);
+  EXPECT_EQ(table.ended_loads(), 0u);
+  table.mark_ready(record);
+  EXPECT_EQ(table.ended_loads(), 1u);
+  EXPECT_NE(table.remove(record), nullptr);
+  EXPECT_EQ(table.ended_loads(), 2u);
+}
+
 TEST_F(Table, FailedEntryLeavesTheTableAlone) {
   ModuleOwner record = make(QM_W("a"));
   test::with_allocation_failing(1, test::Shortage::once, [this, &record] {

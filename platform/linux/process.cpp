@@ -1,0 +1,7 @@
+#include "platform/process.h"
+
+namespace qmsd::platform {
+
+bool process_is_ending() noexcept { return false; }
+
+}  // namespace qmsd::platform
