@@ -2,7 +2,8 @@
 # Brings a fresh Debian machine to where a command of `run` can work. What is there already is only
 # looked at: no network, no root.
 
-readonly BUILD_PACKAGES=(cmake ninja-build g++ ccache pkg-config libtomlplusplus-dev)
+readonly BUILD_PACKAGES=(cmake ninja-build g++ ccache pkg-config libtomlplusplus-dev libcli11-dev
+  nlohmann-json3-dev)
 readonly WINDOWS_PACKAGES=(g++-mingw-w64-i686-posix)
 readonly WINE_PACKAGES=(wine wine32:i386)
 # The tests make locales of their own from the sources in "locales", and programs from the examples of

@@ -32,10 +32,10 @@ std::int32_t nth(Children children, std::int32_t index, Matches matches) {
   return at;
 }
 
-// The first match at or behind the index; the count or more when there is none.
+// The first match at or behind the index, or the count.
 template <class Matches>
 std::int32_t first_from(Children children, std::int32_t index, Matches matches) {
-  auto at = static_cast<std::size_t>(index);
+  auto at = std::min(static_cast<std::size_t>(index), children.size());
   while (at < children.size() && !matches(*children[at])) ++at;
   return static_cast<std::int32_t>(at);
 }

@@ -57,10 +57,16 @@ ChildQuery query_of(const PathStep& step) {
   }
 }
 
-// Null, with an error, for a child that nobody holds any more.
+// Null, with an error, for a child that nobody holds any more or an empty place in the list: both
+// come only from callers that wrote into a variant's memory.
 qm_variant* check_alive(qm_variant* child) {
-  if (child->references() >= 1) return child;
-  refuse(QM_W("(ref=%i)"), child->references());
+  if (child == nullptr) {
+    refuse(QM_W("(variant)"));
+  } else if (child->references() < 1) {
+    refuse(QM_W("(ref=%i)"), child->references());
+  } else {
+    return child;
+  }
   return nullptr;
 }
 

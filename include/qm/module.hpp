@@ -43,9 +43,7 @@ namespace qm {
 /// Owner: of nothing. Threads: any.
 ///
 ///     check(qm::module_kernel() == kernel || !qm::module_kernel());
-inline Kernel module_kernel() noexcept {
-  return Kernel(detail::module_kernel_entry.load(std::memory_order_acquire));
-}
+inline Kernel module_kernel() noexcept { return detail::module_kernel(); }
 
 /// A copy of a text in a tracked block, for an out field of a record: the caller gives it back.
 /// Owner: whoever gets the pointer. Errors: qm::Error 12, 34 more than 2 GB, 22 without a kernel.

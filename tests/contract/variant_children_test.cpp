@@ -233,6 +233,11 @@ constexpr Insertion kInsertions[] = {
     {kIdFrom | kIx, 1, 1, nullptr, 2},
     {kIdFrom | kIx | kAfter, 1, 1, nullptr, 3},
     {kIdFrom | kIx, 2, 2, nullptr, 5},
+    // a search that begins beyond the end finds nothing, too
+    {kNameFrom | kIx, 0, 6, QM_W("a"), 5},
+    {kNameFrom | kIx | kAfter, 0, INT_MAX, QM_W("a"), 5},
+    {kIdFrom | kIx, 1, 6, nullptr, 5},
+    {kIdFrom | kIx | kAfter, 1, INT_MAX, nullptr, 5},
 };
 
 TEST_P(VariantChildren, AreInsertedWhereTheRequestSays) {

@@ -1,6 +1,9 @@
 // Paths: what each step selects, what is no path, and how failures tell where.
 #include <climits>
 #include <clocale>
+#include <cstring>
+#include <string>
+#include <utility>
 
 #include "tests/contract/support/variant_test.h"
 
@@ -317,6 +320,30 @@ TEST_F(VariantPaths, TellWhereAStepCannotBeTaken) {
   expect_refused("[-1]", failure_at(22, "(ix)", 4));
   expect_refused("a,X=-1", failure_at(22, "(ix)", 6));
   expect_refused("kids/L,X=-99999999999", failure_at(22, "(ix)", 21));
+}
+
+TEST_F(VariantPaths, EndAtAChildThatNobodyHolds) {
+  for (const std::int32_t count : {0, -3}) {
+    set_references(children_[1], count);
+    const std::string condition = "(ref=" + std::to_string(count) + ")";
+    for (const std::string path : {"a", "[1]", "D=7,X=1", "L,V=5"}) {
+      const auto end = static_cast<int>(path.size());
+      expect_refused(path, failure_at(22, condition.c_str(), end));
+    }
+    EXPECT_EQ(references(children_[1]), count);
+    EXPECT_EQ(find("a,X=1"), children_[2]) << "the others are found as ever";
+  }
+  set_references(children_[1], 3);
+}
+
+TEST_F(VariantPaths, EndAtAnEmptyPlaceInAList) {
+  qm_variant** items = nullptr;
+  std::memcpy(&items, reinterpret_cast<unsigned char*>(kids_) + 16, sizeof items);
+  qm_variant* const item = std::exchange(items[1], nullptr);
+  expect_refused("kids[1]", failure_at(22, "(variant)", 7));
+  expect_refused("kids/L,V=101", failure_at(22, "(variant)", 12));
+  EXPECT_EQ(value_of(find("kids[2]")), 102);
+  items[1] = item;
 }
 
 TEST_F(VariantPaths, NeedAPathAndARoot) {

@@ -7,7 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -15,6 +17,7 @@
 #include <qm/detail/instance_table.hpp>
 #include <qm/detail/module_errors.hpp>
 #include <qm/detail/module_handler.hpp>
+#include <qm/error.hpp>
 #include <qm/failure.hpp>
 #include <qm/module_definition.hpp>
 #include <qm/text.hpp>
@@ -70,10 +73,17 @@ class ModuleEntry {
  public:
   QM_REALIGN static std::int32_t QM_STDCALL call(std::uint32_t handle, std::uint32_t function,
                                                  void* params) noexcept {
+    constexpr const char* name = definition.about.name;
     try {
       return serve(handle, function, params);
+    } catch (const Error& error) {
+      return fail_with(error);
+    } catch (const std::bad_alloc&) {
+      return fail_without_memory();
+    } catch (const std::exception& exception) {
+      return fail_with(code_of(exception), name, exception.what());
     } catch (...) {
-      return fail_by_exception(definition.about.name);
+      return fail_with(QM_ERROR_DAMAGED, name, "something that is no std::exception was thrown");
     }
   }
 

@@ -1,4 +1,4 @@
-// A module's way to the kernel, and what becomes of exceptions. A part of <qm/module.hpp>.
+// A module's way to the kernel, and how its failures get there. A part of <qm/module.hpp>.
 #pragma once
 
 #include <qmsd7.h>
@@ -40,34 +40,31 @@ inline std::int32_t code_of(const std::exception& exception) {
   return QM_ERROR_DAMAGED;
 }
 
-// The exception that is being handled becomes the calling thread's error.
-inline void record_exception(Kernel kernel, const std::string& module) {
-  const auto record = [&](std::int32_t code, const char* detail) {
-    kernel.set_error(code, "[" + module + "] " + detail);
-  };
-  try {
-    throw;
-  } catch (const Error& error) {
-    kernel.set_error(error);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception& exception) {
-    record(code_of(exception), exception.what());
-  } catch (...) {
-    record(QM_ERROR_DAMAGED, "something that is no std::exception was thrown");
-  }
+inline Kernel module_kernel() noexcept {
+  return Kernel(module_kernel_entry.load(std::memory_order_acquire));
 }
 
-// The same when there may be no memory for the message. The result of the failed call.
-inline std::int32_t fail_by_exception(const char* module) noexcept {
-  const Kernel kernel(module_kernel_entry.load(std::memory_order_acquire));
-  try {
-    record_exception(kernel, module);
-  } catch (...) {
-    qm_set_error_w record{QM_SET_ERROR_LITERAL, QM_ERROR_NO_MEMORY, nullptr, nullptr};
-    kernel.call_raw(0, QM_CALL_SETERRORW, &record);
-  }
+// What a failed call returns, after its error was recorded: without memory for the message,
+inline std::int32_t fail_without_memory() noexcept {
+  qm_set_error_w record{QM_SET_ERROR_LITERAL, QM_ERROR_NO_MEMORY, nullptr, nullptr};
+  module_kernel().call_raw(0, QM_CALL_SETERRORW, &record);
   return 0;
+}
+
+// with an error as it is,
+inline std::int32_t fail_with(const Error& error) noexcept {
+  module_kernel().set_error(error);
+  return 0;
+}
+
+// or with words of the module's.
+inline std::int32_t fail_with(std::int32_t code, const char* module, const char* detail) noexcept {
+  try {
+    module_kernel().set_error(code, "[" + std::string(module) + "] " + detail);
+    return 0;
+  } catch (const std::bad_alloc&) {
+    return fail_without_memory();
+  }
 }
 
 }  // namespace qm::detail

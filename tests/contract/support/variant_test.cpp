@@ -101,6 +101,10 @@ std::int32_t VariantTest::references(const qm_variant* variant) {
   return fields[3];
 }
 
+void VariantTest::set_references(qm_variant* variant, std::int32_t count) {
+  std::memcpy(reinterpret_cast<unsigned char*>(variant) + 12, &count, sizeof count);
+}
+
 qm_variant* VariantTest::object(std::uint32_t value, const qm_wchar* module) {
   const qm_object_data data{value, module, {kTake, kGiveBack, kThird, kFourth}};
   return make(QM_TYPE_OBJECT, 4, 1, &data, 0, QM_W("object"));

@@ -74,6 +74,8 @@ class VariantTest : public ModuleTest {
 
   // The count that a dump of the variant's memory shows: its fourth field.
   static std::int32_t references(const qm_variant* variant);
+  // Puts the count out of order; the test puts it right again before the variant is released.
+  static void set_references(qm_variant* variant, std::int32_t count);
 
   // Installs a module and creates a reference to one of its objects: codes[0] takes, codes[1] gives
   // back. An empty name is the kernel.

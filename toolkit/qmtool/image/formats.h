@@ -1,0 +1,14 @@
+// The readers of the two formats. They throw Damage, and leave in `image` what they had read so far.
+#pragma once
+
+#include "toolkit/qmtool/image/bytes.h"
+#include "toolkit/qmtool/image/image.h"
+
+namespace qmtool {
+
+// The bytes begin with "MZ".
+void read_pe(const Bytes& file, Image& image);
+// The bytes begin with 0x7F "ELF".
+void read_elf(const Bytes& file, Image& image);
+
+}  // namespace qmtool

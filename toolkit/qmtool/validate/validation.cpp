@@ -1,0 +1,113 @@
+#include "toolkit/qmtool/validate/validation.h"
+
+#include <algorithm>
+#include <atomic>
+#include <future>
+
+namespace qmtool {
+namespace {
+
+const Check& check_named(std::string_view name) {
+  const auto& all = all_checks();
+  return **std::ranges::find_if(all, [&](const Check* check) { return check->name == name; });
+}
+
+Verdict verdict_of_failure(const Check& check) {
+  return check.weight == Weight::must ? Verdict::failed : Verdict::warned;
+}
+
+CheckResult judge(const Check& check, const ProbeResult& probe) {
+  const auto lasted = probe.child.lasted;
+  if (probe.has("skipped")) return {&check, Verdict::skipped, probe.text("skipped"), lasted};
+  if (probe.has("failure")) {
+    return {&check, verdict_of_failure(check), probe.text("failure"), lasted};
+  }
+  const bool ended_well = probe.child.ending == Ending::exited && probe.child.code == 0;
+  if (probe.is_complete() && ended_well) return {&check, Verdict::passed, "", lasted};
+  // A crash is never a matter of taste.
+  const char* const when = probe.is_complete() ? ", when the process ends" : "";
+  return {&check, Verdict::failed, "it " + probe.how_it_ended() + when, lasted};
+}
+
+class Validation {
+ public:
+  Validation(const Tool& tool, const ValidationOptions& options) : tool_(tool), options_(options) {}
+
+  std::vector<CheckResult> run() {
+    find_what_holds();
+    std::vector<CheckResult> results(options_.checks.size());
+    std::atomic<std::size_t> next = 0;
+    const auto work = [&] {
+      for (std::size_t i = next++; i < results.size(); i = next++) {
+        results[i] = result_of(*options_.checks[i]);
+      }
+    };
+    std::vector<std::future<void>> workers;
+    for (unsigned i = 0; i < options_.jobs; ++i) {
+      workers.push_back(std::async(std::launch::async, work));
+    }
+    for (auto& worker : workers) worker.get();
+    return results;
+  }
+
+ private:
+  // The checks on which the others rest come first, and end with the first one that fails.
+  void find_what_holds() {
+    for (const char* name : {kFileCheck, kLoadCheck, kOpenCheck}) {
+      foundations_.push_back(try_out(check_named(name)));
+      if (foundations_.back().verdict == Verdict::failed) return;
+    }
+  }
+
+  CheckResult result_of(const Check& check) const {
+    for (const CheckResult& known : foundations_) {
+      if (known.check == &check) return known;
+    }
+    if (const Check* missing = missing_foundation(check)) {
+      return {&check, Verdict::skipped, std::string(missing->name) + " failed", {}};
+    }
+    return try_out(check);
+  }
+
+  const Check* missing_foundation(const Check& check) const {
+    const CheckResult& last = foundations_.back();
+    const bool failed = last.verdict == Verdict::failed;
+    return failed && foundations_.size() <= static_cast<std::size_t>(check.needs) ? last.check
+                                                                                  : nullptr;
+  }
+
+  CheckResult try_out(const Check& check) const {
+    const SubjectOptions& subject = options_.subject;
+    return judge(
+        check, run_probe(tool_, "check", {check.name, subject.module, subject.group, subject.codes},
+                         options_.limit));
+  }
+
+  const Tool& tool_;
+  const ValidationOptions& options_;
+  std::vector<CheckResult> foundations_;
+};
+
+}  // namespace
+
+std::vector<CheckResult> validate(const Tool& tool, const ValidationOptions& options) {
+  return Validation(tool, options).run();
+}
+
+void run_check(const std::vector<std::string>& arguments, Tool& tool, Report& report) {
+  const Check& check = check_named(arguments.at(0));
+  Subject module(tool, {arguments.at(1), arguments.at(2), arguments.at(3)});
+  try {
+    check.run(module);
+  } catch (const CheckFailure& failure) {
+    report.send({{"failure", failure.what()}});
+  } catch (const CheckSkipped& why) {
+    report.send({{"skipped", why.what()}});
+  } catch (const qm::Error& error) {
+    report.send({{"failure", describe(error)}});
+  }
+  report.send({{"done", true}});
+  if (!check.watches_the_end) end_at_once();
+}
+
+}  // namespace qmtool
