@@ -43,11 +43,15 @@ bool read_entry(VersionBlock block, std::size_t at, Entry& entry) {
   return true;
 }
 
-// The value as a text. It ends with its entry at the latest, terminated or not.
-WideView text_of(VersionBlock block, const Entry& entry) {
-  if (entry.value >= entry.end) return {};
-  const WideView value = block.substr(entry.value, entry.end - entry.value);
-  return value.substr(0, value.find(qm_wchar{0}));
+// The value as a text, which ends with its entry at the latest. False when nothing terminates it
+// in the block.
+bool read_text(VersionBlock block, const Entry& entry, WideView& value) {
+  value = {};
+  if (entry.value >= entry.end) return true;
+  const std::size_t end = block.find(qm_wchar{0}, entry.value);
+  if (end == VersionBlock::npos) return false;
+  value = block.substr(entry.value, std::min(end, entry.end) - entry.value);
+  return true;
 }
 
 qm_wchar lower_case(qm_wchar unit) {
@@ -131,7 +135,7 @@ bool VersionEntries::next(WideView& key, WideView& value) {
     if (text && entry.key == QM_W("VarFileInfo")) break;
     at_ = aligned(entry.end);
     if (!text || entry.value_length == 0) continue;
-    value = text_of(block_, entry);
+    if (!read_text(block_, entry, value)) break;
     if (value.empty()) continue;
     key = entry.key;
     return true;

@@ -248,6 +248,11 @@ TEST(VersionEntriesWalk, StopsAtAKeyWithoutAnEnd) {
   EXPECT_EQ(texts_of({kFirst, damaged, kLast}), kOnlyFirst);
 }
 
+TEST(VersionEntriesWalk, StopsAtAValueThatNothingTerminatesInTheTable) {
+  const Node unterminated = {QM_W("Damaged"), 1, {'x', 'y'}};
+  EXPECT_EQ(texts_of({kFirst, unterminated}), kOnlyFirst);
+}
+
 TEST(VersionEntriesWalk, EndsWithTheTableUnderTheUsualRootOnly) {
   const std::vector<Node> children = {english(), english_table({kFirst}), kLast,
                                       table(QM_W("VarFileInfo"), {}),
