@@ -173,8 +173,12 @@ TEST_F(VariantJapanese, NarrowPathsAreReadInWholeCharacters) {
   append_item(root, child);
   EXPECT_EQ(find(root, (std::string("L,N=") + kZe).c_str()), child);
   EXPECT_EQ(find(root, (std::string("L,V='") + kTe + "'").c_str()), child);
+  const std::string missing = std::string("L,N=") + kZe + "/" + kTe;
+  qm_variant_path_a record{root, missing.c_str(), poisoned<qm_variant*>()};
+  const Failure at_the_end{2, failure(2).message() + QM_W(" (pos=7)")};
+  EXPECT_TRUE(kernel().refuses(QM_CALL_VARIANTPATHA, record, at_the_end)) << "not bytes";
   const std::string half = std::string("L,N=") + kZe[0];
-  qm_variant_path_a record{root, half.c_str(), poisoned<qm_variant*>()};
+  record.path = half.c_str();
   EXPECT_TRUE(kernel().refuses(QM_CALL_VARIANTPATHA, record, failure(12, "(mem or char coding)")));
 }
 

@@ -346,6 +346,17 @@ TEST_F(VariantPaths, EndAtAnEmptyPlaceInAList) {
   items[1] = item;
 }
 
+TEST_F(VariantPaths, RepeatTheirErrorAsFarAsTheMessageReaches) {
+  const Text percents(1500, QM_W('%'));
+  const qm_error_text pair{22, percents.c_str()};
+  qm_add_error_texts texts{1, &pair};
+  ASSERT_EQ(kernel()(QM_CALL_ADDERRORTEXTS, &texts), 1);
+  qm_variant_path_w request{root_, QM_W("/"), nullptr};
+  ASSERT_EQ(kernel()(QM_CALL_VARIANTPATHW, &request), 0);
+  const Text start = percents + QM_W("  [qmsd] ");
+  EXPECT_EQ(kernel().error().message, (start + start + QM_W("(syntax)")).substr(0, 2047));
+}
+
 TEST_F(VariantPaths, NeedAPathAndARoot) {
   for (qm_variant* root : {root_, static_cast<qm_variant*>(nullptr)}) {
     qm_variant_path_w request{root, nullptr, poisoned<qm_variant*>()};
