@@ -87,7 +87,13 @@ std::int64_t as_unsigned(Date from, std::int32_t) {
 // ---- Floating values and date-times ----
 
 double as_floating(Signed from) { return static_cast<double>(from.value); }
-double as_floating(Unsigned from) { return static_cast<double>(from.value); }
+// In halves: a 32-bit build sends a whole value through the x87 unit, and how precisely that one
+// computes is up to the host.
+double as_floating(Unsigned from) {
+  const auto upper = static_cast<std::uint32_t>(from.value >> 32);
+  const auto lower = static_cast<std::uint32_t>(from.value);
+  return upper * 0x1p32 + lower;
+}
 double as_floating(Floating from) { return from.value; }
 double as_floating(Date from) { return day_number(from.value); }
 

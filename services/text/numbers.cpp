@@ -8,6 +8,7 @@
 #include <iterator>
 #include <limits>
 
+#include "platform/double_precision.h"
 #include "services/text/strings.h"
 
 namespace qmsd {
@@ -99,6 +100,12 @@ void widen_exponent(PrintedNumber& number) {
   ++number.length;
 }
 
+std::from_chars_result parse(std::string_view text, bool hexadecimal, double& magnitude) {
+  const platform::DoublePrecision precision;
+  return std::from_chars(text.data(), text.data() + text.size(), magnitude,
+                         hexadecimal ? std::chars_format::hex : std::chars_format::general);
+}
+
 template <class... Form>
 PrintedNumber print(Form... form) {
   PrintedNumber number;
@@ -132,9 +139,7 @@ FloatingReading read_floating(std::string_view text) noexcept {
   number = number.substr(0, number.find("+-"));
 
   double magnitude = 0;
-  const auto [end, error] =
-      std::from_chars(number.data(), number.data() + number.size(), magnitude,
-                      hexadecimal ? std::chars_format::hex : std::chars_format::general);
+  const auto [end, error] = parse(number, hexadecimal, magnitude);
   if (error == std::errc::invalid_argument) return {};
   bool out_of_range = error == std::errc::result_out_of_range;
   if (out_of_range) {

@@ -11,6 +11,7 @@
 
 #include "services/text/strings.h"
 #include "tests/support/random.h"
+#include "tests/support/x87_precision.h"
 #include "tests/unit/text/text_support.h"
 
 namespace qmsd {
@@ -268,7 +269,7 @@ TEST(ReadFloating, TellsWhatADoubleCannotHold) {
   EXPECT_EQ(read_floating("0x1" + zeros + "p-1600").value, 1.0);
 }
 
-TEST(ReadFloating, RoundsCorrectlyHoweverLongTheText) {
+TEST(ReadFloating, RoundsCorrectlyHoweverLongTheTextAndPreciseTheHost) {
   struct Row {
     const char* text;
     std::uint64_t bits;
@@ -285,9 +286,15 @@ TEST(ReadFloating, RoundsCorrectlyHoweverLongTheText) {
       {"8.41e21", 0x447C7E83209E90B2},
       {"1.00000000000000011102230246251565404", 0x3FF0000000000000},
       {"1.00000000000000011102230246251565405", 0x3FF0000000000001},
+      // a product of two doubles, close to the middle between two more
+      {"1281127283698036e15", 0x46302B8BA6BACB0F},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(read_floating(row.text).value), row.bits) << row.text;
+  for (const test::Precision precision : test::kPrecisions) {
+    const test::X87Precision guard(precision);
+    for (const Row& row : rows) {
+      EXPECT_EQ(std::bit_cast<std::uint64_t>(read_floating(row.text).value), row.bits)
+          << row.text << " with the x87 unit at " << static_cast<int>(precision);
+    }
   }
 }
 
