@@ -31,6 +31,13 @@ std::int64_t microseconds_since(std::int32_t epoch, DateTime value) {
   return (day_of(value) - epoch) * kMicrosecondsPerDay + time_or_midnight(value);
 }
 
+// The nearest integer to what is not negative; halves go up. The runtime library rounds in the x87
+// unit, and how precisely that one computes is up to the host.
+std::int64_t rounded(double count) {
+  const auto whole = static_cast<std::int64_t>(count);
+  return count - static_cast<double>(whole) < 0.5 ? whole : whole + 1;
+}
+
 }  // namespace
 
 std::int64_t microseconds_since_year_1(DateTime value) noexcept {
@@ -91,7 +98,7 @@ DateTime date_time_from_day_number(double days) noexcept {
   const std::int64_t day = static_cast<std::int32_t>(whole) + kDayOfNumber0;
   // A fraction that rounds up to a whole day is carried. At the ends of the range doubles are too
   // coarse for that, so the sum stays inside.
-  const std::int64_t time = std::llround((days - whole) * double{kMicrosecondsPerDay});
+  const std::int64_t time = rounded((days - whole) * double{kMicrosecondsPerDay});
   return date_time_from_microseconds(day * kMicrosecondsPerDay + time);
 }
 

@@ -79,6 +79,10 @@ TEST(DayNumber, IsRoundedToTheNearestMicrosecond) {
   constexpr double kMicrosecond = 1.0 / 86'400'000'000.0;
   EXPECT_EQ(date_time_from_day_number(0.4 * kMicrosecond), at(date(1899, 12, 30), 0, 0));
   EXPECT_EQ(date_time_from_day_number(0.6 * kMicrosecond), at(date(1899, 12, 30), 0, 0, 0, 1));
+  // Half a microsecond, exactly.
+  EXPECT_EQ(date_time_from_day_number(0x1p-14), at(date(1899, 12, 30), 0, 0, 5, 273'438));
+  EXPECT_EQ(date_time_from_day_number(std::nextafter(0x1p-14, 0.0)),
+            at(date(1899, 12, 30), 0, 0, 5, 273'437));
 }
 
 TEST(DayNumber, CarriesARoundedUpMidnightIntoTheNextDay) {
