@@ -1,6 +1,6 @@
 // Has the thread's x87 unit round to doubles until the end of a scope. In a 32-bit build what comes
-// compiled with the toolchain computes with that unit, and how precisely is up to the host: graphics
-// libraries leave it at single precision, runtime libraries often at more than a double's.
+// compiled with the toolchain computes with that unit, and how precisely is up to the host.
+// Graphics libraries leave it at single precision, runtime libraries often at more than a double's.
 #pragma once
 
 #include <cstdint>

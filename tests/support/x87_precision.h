@@ -1,5 +1,5 @@
-// How precisely the calling thread's x87 unit computes, until the end of a scope. Graphics libraries
-// leave it at single precision, runtime libraries at that of a double or at its full one.
+// How precisely the calling thread's x87 unit computes, until the end of a scope. Graphics
+// libraries leave it at single precision, runtime libraries at a double's or at its full one.
 #pragma once
 
 #include <cstdint>
