@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "platform/keep_errors.h"
 #include "platform/test_hooks.h"
 
 namespace qmsd::platform {
@@ -39,8 +38,9 @@ void* heap_reallocate(void* block, std::size_t bytes) {
 
 void heap_free(void* block) noexcept {
   if (block == nullptr) return;
-  const KeepErrors keep;
+  const int kept = errno;
   std::free(block);
+  errno = kept;
 }
 
 void set_allocation_gate(AllocationGate gate) noexcept {

@@ -70,6 +70,7 @@ void report([[maybe_unused]] Statistics statistics) {
 }  // namespace
 
 void attach() {
+  g_kernel_runs = false;
   g_closed = false;
   g_tables_loaded = false;
   platform::warm_up_runtime();
@@ -100,6 +101,7 @@ void detach(bool process_ends) {
   error_keys_destroy();
   errors_destroy();
   trace("--- qmsd closed");
+  g_kernel_runs = false;
   g_closed = true;
 }
 
@@ -126,7 +128,9 @@ void load_tables_once() {
 
 void pin_numeric_locale_once() noexcept {
   if (!g_numeric_locale_pending.load(std::memory_order_relaxed)) return;
-  if (g_numeric_locale_pending.exchange(false)) std::setlocale(LC_NUMERIC, "C");
+  if (!g_numeric_locale_pending.exchange(false)) return;
+  std::setlocale(LC_NUMERIC, "C");
+  g_kernel_runs = true;
 }
 
 }  // namespace qmsd

@@ -26,7 +26,7 @@ std::int32_t answer_closed(std::uint32_t function, void* params) noexcept {
 
 std::int32_t route(std::uint32_t handle, std::uint32_t function, void* params) {
   if (handle == 0) {
-    load_tables_once();
+    if (!kernel_runs()) load_tables_once();
     return serve(function, params);
   }
   if (function == QM_CALL_OPENMODULEW) {
@@ -40,8 +40,10 @@ std::int32_t route(std::uint32_t handle, std::uint32_t function, void* params) {
 
 std::int32_t QM_STDCALL qm_call(std::uint32_t handle, std::uint32_t function, void* params) {
   using namespace qmsd;
-  pin_numeric_locale_once();
-  if (kernel_closed()) return answer_closed(function, params);
+  if (!kernel_runs()) {
+    pin_numeric_locale_once();
+    if (kernel_closed()) return answer_closed(function, params);
+  }
   trace("--- qm_call begin (handle: %08x, function: %08x, params: %p)", handle, function, params);
   try {
     return route(handle, function, params);
