@@ -16,8 +16,8 @@ void thread_detach() noexcept;
 const char* application_name() noexcept;
 void capture_application_name() noexcept;
 
-// From the end of what the first calls do to the last step of detach. Every call asks for it, so it is
-// read in place, and nothing else has to be looked at while it holds.
+// From the end of what the first calls do to the last step of detach. Every call asks for it, so it
+// is read in place, and nothing else has to be looked at while it holds.
 inline std::atomic<bool> g_kernel_runs{false};
 inline bool kernel_runs() noexcept { return g_kernel_runs.load(std::memory_order_relaxed); }
 
