@@ -1,56 +1,74 @@
 // The map from sources to copies.
 #include "variant/copy_map.h"
 
+#include <utility>
+
 namespace qmsd {
 namespace {
 
-constexpr std::size_t kFirstBuckets = 64;
+constexpr std::size_t kFirstRoom = 32;
+
+std::size_t doubled(std::size_t room) { return room == 0 ? kFirstRoom : room * 2; }
+
+// Fibonacci hashing; variants lie at least 16 bytes apart.
+std::size_t hash_of(const qm_variant* source) {
+  const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(source) >> 4);
+  return static_cast<std::size_t>((address * 0x9E3779B97F4A7C15u) >> 32);
+}
 
 }  // namespace
 
-// Fibonacci hashing; variants lie at least 16 bytes apart.
-std::size_t CopyMap::bucket_of(const qm_variant* source) const noexcept {
-  const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(source) >> 4);
-  return static_cast<std::size_t>((address * 0x9E3779B97F4A7C15u) >> 32) & (buckets_ - 1);
-}
-
 qm_variant* CopyMap::find(const qm_variant* source) const {
   if (buckets_ == 0) return nullptr;
-  for (std::size_t at = bucket_of(source); index_[at] != 0; at = (at + 1) & (buckets_ - 1)) {
+  const std::size_t mask = buckets_ - 1;
+  for (std::size_t at = hash_of(source) & mask; index_[at] != 0; at = (at + 1) & mask) {
     const Pair& pair = pairs_[index_[at] - 1];
     if (pair.source == source) return pair.copy;
   }
   return nullptr;
 }
 
-void CopyMap::enter(std::uint32_t position) noexcept {
-  std::size_t at = bucket_of(pairs_[position].source);
-  while (index_[at] != 0) at = (at + 1) & (buckets_ - 1);
-  index_[at] = position + 1;
-}
-
-// Doubles both parts; when the second cannot grow, the first has more room than it needs.
-bool CopyMap::grow() {
-  const std::size_t wanted = buckets_ == 0 ? kFirstBuckets : buckets_ * 2;
-  void* pairs = platform::heap_reallocate(pairs_.get(), wanted / 2 * sizeof(Pair));
-  if (pairs == nullptr) return false;
-  (void)pairs_.release();  // moved
-  pairs_.reset(static_cast<Pair*>(pairs));
-  void* index = platform::heap_allocate_zeroed(wanted * sizeof(std::uint32_t));
-  if (index == nullptr) return false;
-  index_.reset(static_cast<std::uint32_t*>(index));
-  buckets_ = wanted;
-  for (std::size_t position = 0; position < size_; ++position) {
-    enter(static_cast<std::uint32_t>(position));
-  }
+bool CopyMap::add(qm_variant* source, qm_variant* copy) {
+  if (size_ == room_ && !grow_pairs()) return false;
+  pairs_[size_++] = {source, copy};
   return true;
 }
 
-bool CopyMap::add(qm_variant* source, qm_variant* copy) {
-  if (size_ * 2 >= buckets_ && !grow()) return false;
-  pairs_[size_] = {source, copy};
+bool CopyMap::add_findable(qm_variant* source, qm_variant* copy) {
+  if (findable_ * 2 >= buckets_ && !grow_index()) return false;
+  if (!add(source, copy)) return false;
   enter(static_cast<std::uint32_t>(size_));
-  ++size_;
+  ++findable_;
+  return true;
+}
+
+void CopyMap::enter(std::uint32_t entry) noexcept {
+  const std::size_t mask = buckets_ - 1;
+  std::size_t at = hash_of(pairs_[entry - 1].source) & mask;
+  while (index_[at] != 0) at = (at + 1) & mask;
+  index_[at] = entry;
+}
+
+bool CopyMap::grow_pairs() {
+  const std::size_t wanted = doubled(room_);
+  void* grown = platform::heap_reallocate(pairs_.get(), wanted * sizeof(Pair));
+  if (grown == nullptr) return false;
+  (void)pairs_.release();  // moved
+  pairs_.reset(static_cast<Pair*>(grown));
+  room_ = wanted;
+  return true;
+}
+
+bool CopyMap::grow_index() {
+  const std::size_t wanted = doubled(buckets_);
+  Index grown(
+      static_cast<std::uint32_t*>(platform::heap_allocate_zeroed(wanted * sizeof(std::uint32_t))));
+  if (!grown) return false;
+  const Index old = std::exchange(index_, std::move(grown));
+  const std::size_t old_buckets = std::exchange(buckets_, wanted);
+  for (std::size_t at = 0; at < old_buckets; ++at) {
+    if (old[at] != 0) enter(old[at]);
+  }
   return true;
 }
 

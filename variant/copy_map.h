@@ -1,5 +1,5 @@
 // Which variant has been copied to which: the pairs in the order they were made, and an index over
-// the sources.
+// the sources that may be met again.
 #pragma once
 
 #include <cstddef>
@@ -18,24 +18,29 @@ class CopyMap {
     qm_variant* copy;
   };
 
-  // Null for a source that has no copy yet.
+  // Null for a source that was not added as one to be found.
   qm_variant* find(const qm_variant* source) const;
   // False when memory is exhausted. The source has no copy yet.
   bool add(qm_variant* source, qm_variant* copy);
+  bool add_findable(qm_variant* source, qm_variant* copy);
 
   std::size_t size() const noexcept { return size_; }
   const Pair& operator[](std::size_t at) const noexcept { return pairs_[at]; }
 
  private:
-  bool grow();
-  void enter(std::uint32_t position) noexcept;
-  std::size_t bucket_of(const qm_variant* source) const noexcept;
+  using Index = std::unique_ptr<std::uint32_t[], platform::HeapFree>;
 
-  std::unique_ptr<Pair[], platform::HeapFree> pairs_;  // room for half as many as there are buckets
+  bool grow_pairs();
+  bool grow_index();
+  void enter(std::uint32_t entry) noexcept;
+
+  std::unique_ptr<Pair[], platform::HeapFree> pairs_;
   std::size_t size_ = 0;
+  std::size_t room_ = 0;
   // Open addressing: 1 + position in pairs_, 0 for free. A power of two, at most half full.
-  std::unique_ptr<std::uint32_t[], platform::HeapFree> index_;
+  Index index_;
   std::size_t buckets_ = 0;
+  std::size_t findable_ = 0;
 };
 
 }  // namespace qmsd

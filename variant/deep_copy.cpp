@@ -17,21 +17,29 @@ DeepCopy::~DeepCopy() {
   }
 }
 
-// With a reference for whoever asked; null when memory is exhausted.
-qm_variant* DeepCopy::copy_of(qm_variant* source) {
-  if (qm_variant* known = copies_.find(source)) {
-    known->add_reference();
-    return known;
-  }
-  auto copy = source->copy_without_children();
-  if (!copy || !copies_.add(source, copy.get())) return nullptr;
-  return copy.release();
+// Null when memory is exhausted.
+qm_variant* DeepCopy::new_copy(qm_variant& source, Again again) {
+  auto copy = source.copy_without_children();
+  if (!copy) return nullptr;
+  const bool added = again == Again::maybe ? copies_.add_findable(&source, copy.get())
+                                           : copies_.add(&source, copy.get());
+  return added ? copy.release() : nullptr;
+}
+
+// The copy that one holder gets, with a reference for it. Each holder has a reference of its own, so
+// a child with a single one is not met again.
+qm_variant* DeepCopy::copy_child(qm_variant& child) {
+  if (child.references() == 1) return new_copy(child, Again::never);
+  qm_variant* known = copies_.find(&child);
+  if (known == nullptr) return new_copy(child, Again::maybe);
+  known->add_reference();
+  return known;
 }
 
 bool DeepCopy::copy_children(ChildList from, ChildList to) {
   if (!to.reserve(from.count())) return false;
   for (qm_variant* child : from.entries()) {
-    qm_variant* copy = copy_of(child);
+    qm_variant* copy = copy_child(*child);
     if (copy == nullptr) return false;
     to.append_reserved(*copy);
   }
@@ -39,7 +47,7 @@ bool DeepCopy::copy_children(ChildList from, ChildList to) {
 }
 
 bool DeepCopy::make(qm_variant& source) {
-  if (copy_of(&source) == nullptr) return false;
+  if (new_copy(source, Again::maybe) == nullptr) return false;
   for (std::size_t at = 0; at < copies_.size(); ++at) {
     const CopyMap::Pair pair = copies_[at];
     const bool is_container = pair.source->kind() == Kind::container;

@@ -23,7 +23,10 @@ class DeepCopy {
   qm_variant* take();
 
  private:
-  qm_variant* copy_of(qm_variant* source);
+  enum class Again { never, maybe };  // whether the source can be met once more
+
+  qm_variant* new_copy(qm_variant& source, Again again);
+  qm_variant* copy_child(qm_variant& child);
   bool copy_children(ChildList from, ChildList to);
 
   CopyMap copies_;
