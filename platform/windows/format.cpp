@@ -12,9 +12,10 @@
 namespace qmsd::platform {
 namespace {
 
-// Runtimes in use write beyond their own buffers for integers of more than 22 digits, and take time
-// and memory in proportion to a width, however little room there is.
-constexpr int kSafeDigits = 20;
+// Runtimes in use write beyond their own buffers for integers of more than 22 characters, whether
+// these are digits or padding, and take time and memory in proportion to a width, however little
+// room there is.
+constexpr int kSafeIntegerWidth = 20;
 constexpr int kSafeWidth = 500;
 
 bool decimal_point_is_standard() {
@@ -25,11 +26,11 @@ bool decimal_point_is_standard() {
 // Whether the runtime does with the conversion what our header promises.
 bool runtime_can(const Conversion& conversion) {
   if (conversion.width_from_argument || conversion.precision_from_argument) return false;
-  if (conversion.width > kSafeWidth || conversion.precision > kSafeWidth) return false;
   const char32_t type = conversion.type;
+  const int safe_width = is_integer_type(type) ? kSafeIntegerWidth : kSafeWidth;
+  if (conversion.width > safe_width || conversion.precision > safe_width) return false;
   if (type == 'n' || type == 'F')
     return false;  // it writes through one and does not know the other
-  if (is_integer_type(type)) return conversion.precision <= kSafeDigits;
   // It puts the padding of some into their midst.
   if (is_floating_type(type)) return !conversion.left && decimal_point_is_standard();
   return true;

@@ -1,6 +1,9 @@
 // Our own formatter against the runtime whose rules it follows.
 #include <gtest/gtest.h>
+#include <windows.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <random>
@@ -67,6 +70,31 @@ TEST(FormatLikeTheRuntime, Integers) {
     expect_same(format, static_cast<std::uint32_t>(value));
     expect_same(format.insert(format.size() - 1, "I64"), value);
   }
+}
+
+bool heaps_are_whole() {
+  std::array<HANDLE, 16> heaps{};
+  const DWORD count = std::min<DWORD>(::GetProcessHeaps(heaps.size(), heaps.data()), heaps.size());
+  return std::all_of(heaps.begin(), heaps.begin() + count,
+                     [](HANDLE heap) { return ::HeapValidate(heap, 0, nullptr) != FALSE; });
+}
+
+// A runtime that is given these writes beyond memory of its own.
+TEST(FormatUnlikeTheRuntime, KeepsLongIntegersWithinTheirBuffers) {
+  for (const char* flags : {"", "0", "#", "0#", "-#", "+"}) {
+    for (int width = 1; width < 60; ++width) {
+      for (const char* rest : {"I64d", "I64o", "I64X", ".13I64o", ".20d", ".20I64x", ".40u"}) {
+        const std::string format = "%" + (flags + std::to_string(width)) + rest;
+        format_into<qm_wchar>(&format_wide, 100, text_of<qm_wchar>(format).c_str(), ~0ULL);
+        format_into<char>(&format_narrow, 100, format.c_str(), ~0ULL);
+        ASSERT_TRUE(heaps_are_whole()) << format;
+      }
+    }
+  }
+  expect_format(
+      "%0#26I64X|%25.20d|%30I64o",
+      "0X00000000FFFFFFFF80000000|     00000000000000000007|        1777777777777777777777",
+      ~0ULL << 31, 7, ~0ULL);
 }
 
 TEST(FormatUnlikeTheRuntime, PrintsAPointWhateverTheLocale) {
