@@ -17,8 +17,8 @@ void set_allocation_gate(AllocationGate gate) noexcept;
 void set_system_directory(const qm_wchar* directory) noexcept;
 void hide_executable_name(bool hidden) noexcept;
 
-// sleeper.h: sleepers first used from now on do without the system's object, where there is one.
-void refuse_sleeper_objects(bool refused) noexcept;
+// semaphore.h: semaphores first used from now on do without the system's object, where there is one.
+void refuse_system_semaphores(bool refused) noexcept;
 
 // thread_slot.h: create() fails for the next `count` slots.
 void fail_next_thread_slots(int count) noexcept;

@@ -1,4 +1,4 @@
-// What happens to a thread that cannot have the lock at once.
+// The slow paths: what a thread does that cannot have the lock at once.
 #include "kernel/base/rw_lock.h"
 
 #include "kernel/base/waiting.h"
@@ -6,9 +6,9 @@
 namespace qmsd {
 namespace {
 
-// Looks at a lock before its thread goes to sleep: what is done under a lock is mostly shorter than
-// the way into the operating system and back.
-constexpr int kLooks = 64;
+// How often a thread polls before it sleeps: most critical sections are shorter than the way into
+// the operating system and back.
+constexpr int kSpins = 64;
 
 }  // namespace
 
@@ -18,28 +18,28 @@ bool RwLock::give_up() noexcept {
   return true;
 }
 
-RwLock::Word RwLock::watch(Word bits) const noexcept {
+RwLock::Word RwLock::spin_while(Word bits) const noexcept {
   Word word = word_.load(std::memory_order_acquire);
-  for (int look = 0; look < kLooks && (word & bits) != 0; ++look) {
+  for (int spin = 0; spin < kSpins && (word & bits) != 0; ++spin) {
     word = word_.load(std::memory_order_acquire);
   }
   return word;
 }
 
-void RwLock::wait_at_gate() noexcept {
-  Word word = watch(kGate);
-  if ((word & kGate) != 0 &&
-      word_.compare_exchange_strong(word, word + kSleeper, std::memory_order_relaxed)) {
-    gate_.sleep();
+void RwLock::wait_for_writer() noexcept {
+  Word word = spin_while(kWriter);
+  if ((word & kWriter) != 0 &&
+      word_.compare_exchange_strong(word, word + kWaiter, std::memory_order_relaxed)) {
+    writer_left_.acquire();
   }
 }
 
 bool RwLock::wait_shared() noexcept {
   for (;;) {
     Word word = word_.load(std::memory_order_relaxed);
-    if ((word & kGate) != 0) {
+    if ((word & kWriter) != 0) {
       if (give_up()) return false;
-      wait_at_gate();
+      wait_for_writer();
     } else if (word_.compare_exchange_weak(word, word + kReader, std::memory_order_acquire)) {
       return true;
     }
@@ -50,20 +50,20 @@ bool RwLock::wait_exclusive() noexcept {
   for (;;) {
     Word word = word_.load(std::memory_order_relaxed);
     if (word != 0 && give_up()) return false;
-    if ((word & kGate) != 0) {
-      wait_at_gate();
-    } else if (word_.compare_exchange_weak(word, word | kGate, std::memory_order_acquire)) {
-      drain();
+    if ((word & kWriter) != 0) {
+      wait_for_writer();
+    } else if (word_.compare_exchange_weak(word, word | kWriter, std::memory_order_acquire)) {
+      wait_for_readers();
       return true;
     }
   }
 }
 
-void RwLock::drain() noexcept {
-  Word word = watch(kReaders);
+void RwLock::wait_for_readers() noexcept {
+  Word word = spin_while(kReaders);
   while ((word & kReaders) != 0) {
-    if (word_.compare_exchange_weak(word, word | kDrain, std::memory_order_acquire)) {
-      drain_.sleep();
+    if (word_.compare_exchange_weak(word, word | kDraining, std::memory_order_acquire)) {
+      readers_left_.acquire();
       return;
     }
   }

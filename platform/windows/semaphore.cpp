@@ -1,6 +1,6 @@
-// A kernel semaphore, made by whichever thread needs it first. If the system refuses to make one,
-// that too is decided once for all threads: from then on the tokens are counted here and polled.
-#include "platform/sleeper.h"
+// A system semaphore, created by whichever thread needs it first. If the system refuses to create
+// one, that is decided once for all threads as well: from then on the count is kept here and polled.
+#include "platform/semaphore.h"
 
 #include <windows.h>
 
@@ -38,28 +38,28 @@ HANDLE shared_semaphore(std::atomic<void*>& object) {
 
 }  // namespace
 
-Sleeper::~Sleeper() { close_semaphore(object_.load(std::memory_order_acquire)); }
+Semaphore::~Semaphore() { close_semaphore(object_.load(std::memory_order_acquire)); }
 
-void Sleeper::sleep() noexcept {
+void Semaphore::acquire() noexcept {
   const HANDLE semaphore = shared_semaphore(object_);
   if (semaphore != kNoSemaphore) {
     ::WaitForSingleObject(semaphore, INFINITE);
     return;
   }
-  while (!take_token()) ::Sleep(kPollMilliseconds);
+  while (!try_acquire()) ::Sleep(kPollMilliseconds);
 }
 
-void Sleeper::wake(std::uint32_t threads) noexcept {
-  if (threads == 0) return;
+void Semaphore::release(std::uint32_t count) noexcept {
+  if (count == 0) return;
   const HANDLE semaphore = shared_semaphore(object_);
   if (semaphore != kNoSemaphore) {
-    ::ReleaseSemaphore(semaphore, static_cast<LONG>(threads), nullptr);
+    ::ReleaseSemaphore(semaphore, static_cast<LONG>(count), nullptr);
   } else {
-    tokens_.fetch_add(threads, std::memory_order_release);
+    count_.fetch_add(count, std::memory_order_release);
   }
 }
 
-void refuse_sleeper_objects(bool refused) noexcept {
+void refuse_system_semaphores(bool refused) noexcept {
   objects_refused.store(refused, std::memory_order_relaxed);
 }
 
