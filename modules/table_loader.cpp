@@ -92,11 +92,11 @@ bool load_children(const LoadedTable& table) {
 
 }  // namespace
 
-void errors_load() {
-  if (!errors_claim_loading()) return;
+void error_texts_load() {
+  if (!error_texts_claim_loading()) return;
   const SavedError error;
   // Where there is a store, "no error" has no text.
-  if (load_children({QM_W("/default/error"), &errors_set})) errors_set(0, QM_W(""));
+  if (load_children({QM_W("/default/error"), &error_texts_set})) error_texts_set(0, QM_W(""));
 }
 
 void groups_load() {

@@ -4,7 +4,7 @@
 
 namespace qmsd {
 
-void errors_load();
+void error_texts_load();
 void groups_load();
 
 }  // namespace qmsd

@@ -75,8 +75,8 @@ void attach() {
   g_tables_loaded = false;
   platform::warm_up_runtime();
   set_locale_from_environment();
-  errors_create();
-  error_keys_create();
+  error_texts_create();
+  error_state_create();
   tracked_create();
   slots_create();
   handles_create();
@@ -98,8 +98,8 @@ void detach(bool process_ends) {
   slots_destroy();
   report(tracked_statistics);
   tracked_destroy();
-  error_keys_destroy();
-  errors_destroy();
+  error_state_destroy();
+  error_texts_destroy();
   trace("--- qmsd closed");
   g_kernel_runs = false;
   g_closed = true;
@@ -121,7 +121,7 @@ bool kernel_closed() noexcept { return g_closed.load(std::memory_order_relaxed);
 
 void load_tables_once() {
   if (g_tables_loaded.load(std::memory_order_relaxed) || g_tables_loaded.exchange(true)) return;
-  errors_load();
+  error_texts_load();
   groups_load();
   g_numeric_locale_pending = true;
 }

@@ -164,7 +164,7 @@ bool add_error_texts(const qm_add_error_texts& record) {
   bool all_stored = true;
   for (std::int32_t at = 0; at < record.count; ++at) {
     const qm_error_text& pair = record.pairs[at];
-    all_stored = errors_set(pair.code, pair.text) && all_stored;
+    all_stored = error_texts_set(pair.code, pair.text) && all_stored;
   }
   return all_stored || fail(QM_ERROR_NO_MEMORY);
 }

@@ -12,9 +12,9 @@ void code_text(std::int32_t code, qm_wchar (&text)[kMessageLength]) {
   // Modules mark their errors with bits above a runtime's number; bit 15 says that there is none.
   constexpr std::int32_t kNumberBits = 0x7FFF;
   constexpr std::int32_t kNoNumber = 0x8000;
-  TextFound found = errors_lookup(code, text, kMessageLength);
+  TextFound found = error_texts_lookup(code, text, kMessageLength);
   if (found == TextFound::none && (code & kNoNumber) == 0) {
-    found = errors_lookup(code & kNumberBits, text, kMessageLength);
+    found = error_texts_lookup(code & kNumberBits, text, kMessageLength);
   }
   if (found == TextFound::no_table && code != 0) {
     wcs_copy_bounded(text, kMessageLength, QM_W("Unknown Error"));

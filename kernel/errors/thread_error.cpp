@@ -104,13 +104,13 @@ ErrorStack* thread_stack() {
   return stack.release();
 }
 
-void error_keys_create() {
+void error_state_create() {
   g_code_slot.create(nullptr);
   g_message_slot.create(free_message);
   g_stack_slot.create(free_stack);
 }
 
-void error_keys_destroy() {
+void error_state_destroy() {
   error_thread_clear();
   g_code_slot.destroy();
   g_message_slot.destroy();

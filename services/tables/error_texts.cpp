@@ -43,11 +43,11 @@ TextFound learn(ErrorTexts& errors, std::int32_t code, qm_wchar* buffer, std::si
 
 }  // namespace
 
-bool errors_create() { return g_errors.create(LockRank::error_texts); }
+bool error_texts_create() { return g_errors.create(LockRank::error_texts); }
 
-void errors_destroy() { g_errors.destroy(); }
+void error_texts_destroy() { g_errors.destroy(); }
 
-bool errors_set(std::int32_t code, const qm_wchar* text) {
+bool error_texts_set(std::int32_t code, const qm_wchar* text) {
   ErrorTexts* errors = g_errors.get();
   if (errors == nullptr) return false;
   const WriteGuard guard(errors->lock);
@@ -57,7 +57,7 @@ bool errors_set(std::int32_t code, const qm_wchar* text) {
   return errors->entries.insert(code, std::move(copy));
 }
 
-TextFound errors_lookup(std::int32_t code, qm_wchar* buffer, std::size_t length) {
+TextFound error_texts_lookup(std::int32_t code, qm_wchar* buffer, std::size_t length) {
   *buffer = 0;
   ErrorTexts* errors = g_errors.get();
   if (errors == nullptr) return TextFound::no_table;
@@ -68,7 +68,7 @@ TextFound errors_lookup(std::int32_t code, qm_wchar* buffer, std::size_t length)
   return learn(*errors, code, buffer, length);
 }
 
-bool errors_claim_loading() {
+bool error_texts_claim_loading() {
   ErrorTexts* errors = g_errors.get();
   return errors != nullptr && errors->claim_loading();
 }

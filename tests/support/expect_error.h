@@ -17,12 +17,12 @@ namespace qmsd::test {
 class ErrorState {
  public:
   ErrorState() {
-    errors_create();
-    error_keys_create();
+    error_texts_create();
+    error_state_create();
   }
   ~ErrorState() {
-    error_keys_destroy();
-    errors_destroy();
+    error_state_destroy();
+    error_texts_destroy();
   }
   ErrorState(const ErrorState&) = delete;
   ErrorState& operator=(const ErrorState&) = delete;
@@ -43,7 +43,7 @@ inline ThreadError thread_error() {
 // The message that an error of the kernel's own must have; a null detail stands for none.
 inline WideString composed(std::int32_t code, const qm_wchar* detail) {
   qm_wchar text[kMessageLength];
-  const TextFound found = errors_lookup(code, text, kMessageLength);
+  const TextFound found = error_texts_lookup(code, text, kMessageLength);
   WideString message = found == TextFound::no_table && code != 0 ? QM_W("Unknown Error") : text;
   if (!message.empty()) message += QM_W(" ");
   message += QM_W(" [qmsd]");

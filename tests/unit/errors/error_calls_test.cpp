@@ -28,8 +28,8 @@ constexpr std::size_t kLongest = kMessageLength - 1;
 class ErrorCalls : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(errors_set(22, QM_W("Wrong")));
-    ASSERT_TRUE(errors_set(5, QM_W("")));
+    ASSERT_TRUE(error_texts_set(22, QM_W("Wrong")));
+    ASSERT_TRUE(error_texts_set(5, QM_W("")));
   }
 
  private:
@@ -165,11 +165,11 @@ TEST_F(ErrorCalls, SetAddsNoTag) {
 }
 
 TEST_F(ErrorCalls, SetUsesTheTextOfTheLowerBitsOnlyInPlaceOfNone) {
-  ASSERT_TRUE(errors_set(0x12345, nullptr));
-  ASSERT_TRUE(errors_set(0x2345, QM_W("x")));
+  ASSERT_TRUE(error_texts_set(0x12345, nullptr));
+  ASSERT_TRUE(error_texts_set(0x2345, QM_W("x")));
   EXPECT_TRUE(set_literal(0, 0x12345, QM_W("new")));
   EXPECT_EQ(thread_error().message, QM_W("x new"));
-  ASSERT_TRUE(errors_set(0x12345, QM_W("")));
+  ASSERT_TRUE(error_texts_set(0x12345, QM_W("")));
   EXPECT_TRUE(set_literal(0, 0x12345, QM_W("new")));
   EXPECT_EQ(thread_error().message, QM_W("new"));
 }
@@ -231,16 +231,16 @@ TEST_F(ErrorCalls, SetSurvivesEveryFailedAllocation) {
 
 TEST(ErrorCallsWithoutSlots, SetStoresWhatItCan) {
   platform::fail_next_thread_slots(2);
-  error_keys_create();
+  error_state_create();
   EXPECT_FALSE(set_literal(0, 5, QM_W("new")));
   EXPECT_EQ(thread_error().code, 22);
-  error_keys_destroy();
+  error_state_destroy();
   platform::fail_next_thread_slots(1);
-  error_keys_create();
+  error_state_create();
   EXPECT_TRUE(set_literal(0, 5, QM_W("new")));
   EXPECT_EQ(thread_error().code, 22);
   EXPECT_EQ(thread_error().message, QM_W("Unknown Error new"));
-  error_keys_destroy();
+  error_state_destroy();
 }
 
 // ---- Reading ----
@@ -344,12 +344,12 @@ TEST_F(ErrorCalls, AddTriesEveryPairEvenAfterAFailure) {
 }
 
 TEST(ErrorCallsWithoutTable, AddFails) {
-  error_keys_create();
+  error_state_create();
   const qm_error_text pair{0x2001, QM_W("one")};
   qm_add_error_texts record{1, &pair};
   EXPECT_FALSE(add_error_texts(record));
   EXPECT_STANDARD_ERROR(12);
-  error_keys_destroy();
+  error_state_destroy();
 }
 
 }  // namespace

@@ -172,24 +172,24 @@ TEST_F(ErrorStackCalls, LeakNothingWhenTheAllocatorThrows) {
 
 TEST(ErrorStackWithoutSlots, FailsAndSaysWhy) {
   platform::fail_next_thread_slots(3);
-  error_keys_create();
+  error_state_create();
   EXPECT_FALSE(push_error());
   EXPECT_EQ(thread_error().code, 22);
   EXPECT_EQ(thread_error().message, QM_W("No thread-local key"));
   EXPECT_FALSE(pop_error());
-  error_keys_destroy();
+  error_state_destroy();
 }
 
 TEST(ErrorStackWithoutSlots, SavesWhatStandsForAMissingMessage) {
   platform::fail_next_thread_slots(2);
-  error_keys_create();
+  error_state_create();
   EXPECT_TRUE(push_error());
   const SavedMessage saved = current_stack()->pop();
   EXPECT_EQ(saved.code, 22);
   EXPECT_EQ(WideView(saved.message.get()), QM_W("No thread-local key"));
   EXPECT_TRUE(push_error());
   EXPECT_FALSE(pop_error()) << "there is no message to take back";
-  error_keys_destroy();
+  error_state_destroy();
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ class Fail : public testing::Test {
 };
 
 TEST_F(Fail, RecordsTheCodesTextTheTagAndTheDetail) {
-  ASSERT_TRUE(errors_set(22, QM_W("Wrong")));
+  ASSERT_TRUE(error_texts_set(22, QM_W("Wrong")));
   EXPECT_FALSE(fail(22, QM_W("(!ptr)")));
   EXPECT_EQ(thread_error().code, 22);
   EXPECT_EQ(thread_error().message, QM_W("Wrong  [qmsd] (!ptr)"));
@@ -39,7 +39,7 @@ TEST_F(Fail, RecordsTheCodesTextTheTagAndTheDetail) {
 }
 
 TEST_F(Fail, EndsWithTheTagWithoutADetail) {
-  ASSERT_TRUE(errors_set(22, QM_W("Wrong")));
+  ASSERT_TRUE(error_texts_set(22, QM_W("Wrong")));
   EXPECT_FALSE(fail(22));
   EXPECT_EQ(thread_error().message, QM_W("Wrong  [qmsd]"));
   EXPECT_STANDARD_ERROR(22);
@@ -57,7 +57,7 @@ TEST_F(Fail, ReplacesTheErrorBefore) {
 }
 
 TEST_F(Fail, TakesTheCurrentMessageAsAnArgument) {
-  ASSERT_TRUE(errors_set(22, QM_W("A text that is longer than the message")));
+  ASSERT_TRUE(error_texts_set(22, QM_W("A text that is longer than the message")));
   fail(2, QM_W("%s"), QM_W("inner"));
   const WideString before = thread_error().message;
   fail(22, QM_W("%ls (pos=%i)"), current_message(), 7);
@@ -69,31 +69,31 @@ TEST_F(Fail, TakesTheCurrentMessageAsAnArgument) {
 // ---- Texts of codes ----
 
 TEST_F(Fail, LeavesOneBlankWhereACodeHasNoText) {
-  ASSERT_TRUE(errors_set(5, nullptr));
+  ASSERT_TRUE(error_texts_set(5, nullptr));
   fail(5, QM_W("(x)"));
   EXPECT_EQ(thread_error().message, QM_W(" [qmsd] (x)"));
-  ASSERT_TRUE(errors_set(6, QM_W("")));
+  ASSERT_TRUE(error_texts_set(6, QM_W("")));
   fail(6);
   EXPECT_EQ(thread_error().message, QM_W(" [qmsd]"));
 }
 
 TEST_F(Fail, ACodeWithoutTextTakesThatOfItsLowerBits) {
-  ASSERT_TRUE(errors_set(0x12345, nullptr));
-  ASSERT_TRUE(errors_set(0x2345, QM_W("x")));
+  ASSERT_TRUE(error_texts_set(0x12345, nullptr));
+  ASSERT_TRUE(error_texts_set(0x2345, QM_W("x")));
   fail(0x12345);
   EXPECT_EQ(thread_error().message, QM_W("x  [qmsd]"));
 }
 
 TEST_F(Fail, AnEmptyTextIsATextOfItsOwn) {
-  ASSERT_TRUE(errors_set(0x12345, QM_W("")));
-  ASSERT_TRUE(errors_set(0x2345, QM_W("x")));
+  ASSERT_TRUE(error_texts_set(0x12345, QM_W("")));
+  ASSERT_TRUE(error_texts_set(0x2345, QM_W("x")));
   fail(0x12345);
   EXPECT_EQ(thread_error().message, QM_W(" [qmsd]"));
 }
 
 TEST_F(Fail, ACodeWithBit15HasNoSecondText) {
-  ASSERT_TRUE(errors_set(0x1A345, nullptr));
-  ASSERT_TRUE(errors_set(0x2345, QM_W("x")));
+  ASSERT_TRUE(error_texts_set(0x1A345, nullptr));
+  ASSERT_TRUE(error_texts_set(0x2345, QM_W("x")));
   fail(0x1A345);
   EXPECT_EQ(thread_error().message, QM_W(" [qmsd]"));
 }
@@ -105,14 +105,14 @@ TEST_F(Fail, NegativeCodesKeepTheirSign) {
 }
 
 TEST(FailWithoutTable, SaysThatTheErrorIsUnknown) {
-  error_keys_create();
+  error_state_create();
   fail(0);
   EXPECT_EQ(thread_error().message, QM_W(" [qmsd]"));
   fail(22);
   EXPECT_EQ(thread_error().message, QM_W("Unknown Error  [qmsd]"));
   fail(0x8000, QM_W("(x)"));
   EXPECT_EQ(thread_error().message, QM_W("Unknown Error  [qmsd] (x)"));
-  error_keys_destroy();
+  error_state_destroy();
 }
 
 // ---- Limits ----
@@ -120,13 +120,13 @@ TEST(FailWithoutTable, SaysThatTheErrorIsUnknown) {
 constexpr std::size_t kLongest = kMessageLength - 1;
 
 TEST_F(Fail, CutsALongText) {
-  ASSERT_TRUE(errors_set(22, WideString(2100, 't').c_str()));
+  ASSERT_TRUE(error_texts_set(22, WideString(2100, 't').c_str()));
   fail(22, QM_W("(x)"));
   EXPECT_EQ(thread_error().message, WideString(kLongest, 't'));
 }
 
 TEST_F(Fail, CutsALongDetail) {
-  ASSERT_TRUE(errors_set(22, QM_W("Wrong")));
+  ASSERT_TRUE(error_texts_set(22, QM_W("Wrong")));
   fail(22, QM_W("%s"), WideString(3000, 'd').c_str());
   const WideString message = thread_error().message;
   EXPECT_EQ(message.size(), kLongest);
@@ -138,7 +138,7 @@ TEST_F(Fail, FitsTheTagIntoWhatIsLeft) {
   const WideString tail = QM_W("  [qmsd]");
   for (std::size_t length = kLongest - 10; length <= kLongest; ++length) {
     const WideString text(length, 't');
-    ASSERT_TRUE(errors_set(22, text.c_str()));
+    ASSERT_TRUE(error_texts_set(22, text.c_str()));
     fail(22);
     const WideString expected = length == kLongest - 1 ? text + QM_W(" ") : text + tail;
     EXPECT_EQ(thread_error().message, expected.substr(0, kLongest)) << length;
@@ -168,7 +168,7 @@ TEST_F(Fail, ANewThreadForgetsWhatIsNotItsOwn) {
 }
 
 TEST_F(Fail, ThreadsMayRecordACodeWhileItsTextChanges) {
-  ASSERT_TRUE(errors_set(5, QM_W("one")));
+  ASSERT_TRUE(error_texts_set(5, QM_W("one")));
   std::atomic<bool> done = false;
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i) {
@@ -184,9 +184,9 @@ TEST_F(Fail, ThreadsMayRecordACodeWhileItsTextChanges) {
     });
   }
   for (int round = 0; round < 1000; ++round) {
-    errors_set(5, QM_W("another"));
-    errors_set(5, nullptr);
-    errors_set(5, QM_W("one"));
+    error_texts_set(5, QM_W("another"));
+    error_texts_set(5, nullptr);
+    error_texts_set(5, QM_W("one"));
   }
   done = true;
   for (std::thread& thread : threads) thread.join();
@@ -225,9 +225,9 @@ class MissingSlots {
  public:
   explicit MissingSlots(int count) {
     platform::fail_next_thread_slots(count);
-    error_keys_create();
+    error_state_create();
   }
-  ~MissingSlots() { error_keys_destroy(); }
+  ~MissingSlots() { error_state_destroy(); }
   MissingSlots(const MissingSlots&) = delete;
   MissingSlots& operator=(const MissingSlots&) = delete;
 };

@@ -99,7 +99,7 @@ TEST_F(SavedErrors, LeaveTheStackAlone) {
 TEST(SavedErrorsWithoutSlots, DoNothing) {
   for (int missing = 1; missing <= 3; ++missing) {
     platform::fail_next_thread_slots(missing);
-    error_keys_create();
+    error_state_create();
     fail(22, QM_W("(first)"));
     const test::WideString before = test::thread_error().message;
     {
@@ -107,7 +107,7 @@ TEST(SavedErrorsWithoutSlots, DoNothing) {
       saved.keep_newer();
     }
     EXPECT_EQ(test::thread_error().message, before);
-    error_keys_destroy();
+    error_state_destroy();
   }
 }
 

@@ -25,7 +25,7 @@ class TableLoader : public ModuleTest {
   // The text of the code, "-" for none.
   static std::string text(std::int32_t code) {
     qm_wchar buffer[2048];
-    const TextFound found = errors_lookup(code, buffer, 2048);
+    const TextFound found = error_texts_lookup(code, buffer, 2048);
     return found == TextFound::text || found == TextFound::empty ? narrow(buffer) : "-";
   }
   Lines asked() {
@@ -177,7 +177,7 @@ TEST_F(TableLoader, LoadsOncePerLife) {
   start_with("/default/groups/1200=b");
   groups_set(0x1200, nullptr);
   journal();
-  errors_load();
+  error_texts_load();
   groups_load();
   EXPECT_EQ(asked(), Lines{});
   stop();

@@ -33,7 +33,7 @@ Answer text(const qm_wchar* words) { return {TextFound::text, words}; }
 
 Answer look_up(std::int32_t code) {
   qm_wchar buffer[2048] = {'?', 0};
-  const TextFound found = errors_lookup(code, buffer, 2048);
+  const TextFound found = error_texts_lookup(code, buffer, 2048);
   return {found, buffer};
 }
 
@@ -46,38 +46,38 @@ WideString runtime_text(int code) {
 
 class ErrorTexts : public testing::Test {
  protected:
-  void SetUp() override { ASSERT_TRUE(errors_create()); }
-  void TearDown() override { errors_destroy(); }
+  void SetUp() override { ASSERT_TRUE(error_texts_create()); }
+  void TearDown() override { error_texts_destroy(); }
 };
 
 TEST_F(ErrorTexts, TellsWhatIsRegistered) {
-  EXPECT_TRUE(errors_set(5, QM_W("five")));
-  EXPECT_TRUE(errors_set(-5, QM_W("")));
+  EXPECT_TRUE(error_texts_set(5, QM_W("five")));
+  EXPECT_TRUE(error_texts_set(-5, QM_W("")));
   EXPECT_EQ(look_up(5), text(QM_W("five")));
   EXPECT_EQ(look_up(-5), kEmpty);
-  EXPECT_TRUE(errors_set(5, QM_W("other")));
+  EXPECT_TRUE(error_texts_set(5, QM_W("other")));
   EXPECT_EQ(look_up(5), text(QM_W("other")));
 }
 
 TEST_F(ErrorTexts, FindsCodesHoweverFarApartAndInWhateverOrderTheyCame) {
   std::array<std::int32_t, 5> codes = {INT32_MIN, -1, 0, 22, INT32_MAX};
   do {
-    for (const std::int32_t code : codes) EXPECT_TRUE(errors_set(code, QM_W("registered")));
+    for (const std::int32_t code : codes) EXPECT_TRUE(error_texts_set(code, QM_W("registered")));
     for (const std::int32_t code : codes) {
       EXPECT_EQ(look_up(code), text(QM_W("registered")));
     }
-    errors_destroy();
-    ASSERT_TRUE(errors_create());
+    error_texts_destroy();
+    ASSERT_TRUE(error_texts_create());
   } while (std::next_permutation(codes.begin(), codes.end()));
 }
 
 TEST_F(ErrorTexts, ANullTextIsNoTextAndTheRuntimeIsNotAsked) {
-  EXPECT_TRUE(errors_set(5, nullptr));
+  EXPECT_TRUE(error_texts_set(5, nullptr));
   EXPECT_EQ(look_up(5), kNoText);
-  EXPECT_TRUE(errors_set(6, QM_W("six")));
-  EXPECT_TRUE(errors_set(6, nullptr));
+  EXPECT_TRUE(error_texts_set(6, QM_W("six")));
+  EXPECT_TRUE(error_texts_set(6, nullptr));
   EXPECT_EQ(look_up(6), kNoText);
-  EXPECT_TRUE(errors_set(5, QM_W("five")));
+  EXPECT_TRUE(error_texts_set(5, QM_W("five")));
   EXPECT_EQ(look_up(5), text(QM_W("five")));
 }
 
@@ -108,11 +108,11 @@ TEST_F(ErrorTexts, KeepsAsManyTextsAsItIsAskedFor) {
 }
 
 TEST_F(ErrorTexts, CutsAnswersToTheBuffer) {
-  EXPECT_TRUE(errors_set(5, QM_W("12345")));
+  EXPECT_TRUE(error_texts_set(5, QM_W("12345")));
   for (std::size_t length = 1; length <= 7; ++length) {
     qm_wchar buffer[8];
     std::fill(std::begin(buffer), std::end(buffer), qm_wchar{'?'});
-    EXPECT_EQ(errors_lookup(5, buffer, length), TextFound::text);
+    EXPECT_EQ(error_texts_lookup(5, buffer, length), TextFound::text);
     EXPECT_EQ(buffer, WideString(QM_W("12345")).substr(0, length - 1));
     EXPECT_EQ(buffer[length], '?');
   }
@@ -120,35 +120,35 @@ TEST_F(ErrorTexts, CutsAnswersToTheBuffer) {
 
 TEST_F(ErrorTexts, KeepsTextsOfAnyLength) {
   const WideString words(5000, 'x');
-  EXPECT_TRUE(errors_set(5, words.c_str()));
+  EXPECT_TRUE(error_texts_set(5, words.c_str()));
   EXPECT_EQ(look_up(5), text(words.substr(0, 2047).c_str()));
 }
 
 TEST_F(ErrorTexts, IsClaimedOncePerLife) {
-  EXPECT_TRUE(errors_claim_loading());
-  EXPECT_FALSE(errors_claim_loading());
-  errors_destroy();
-  EXPECT_FALSE(errors_claim_loading()) << "there is no table";
-  ASSERT_TRUE(errors_create());
-  EXPECT_TRUE(errors_claim_loading());
+  EXPECT_TRUE(error_texts_claim_loading());
+  EXPECT_FALSE(error_texts_claim_loading());
+  error_texts_destroy();
+  EXPECT_FALSE(error_texts_claim_loading()) << "there is no table";
+  ASSERT_TRUE(error_texts_create());
+  EXPECT_TRUE(error_texts_claim_loading());
 }
 
 TEST_F(ErrorTexts, ForgetsEverythingWhenItIsDestroyed) {
-  EXPECT_TRUE(errors_set(5, QM_W("five")));
-  errors_destroy();
+  EXPECT_TRUE(error_texts_set(5, QM_W("five")));
+  error_texts_destroy();
   EXPECT_EQ(look_up(5), kNoTable);
-  EXPECT_FALSE(errors_set(5, QM_W("late")));
-  errors_destroy();
-  ASSERT_TRUE(errors_create());
+  EXPECT_FALSE(error_texts_set(5, QM_W("late")));
+  error_texts_destroy();
+  ASSERT_TRUE(error_texts_create());
   EXPECT_EQ(look_up(5).text, runtime_text(5));
 }
 
 TEST_F(ErrorTexts, ANewTextThatCannotBeCopiedLeavesTheCodeWithoutAny) {
-  EXPECT_TRUE(errors_set(5, QM_W("five")));
-  EXPECT_TRUE(errors_set(6, QM_W("six")));
+  EXPECT_TRUE(error_texts_set(5, QM_W("five")));
+  EXPECT_TRUE(error_texts_set(6, QM_W("six")));
   errno = 0;
-  EXPECT_TRUE(test::with_allocation_failing(1, test::Shortage::once,
-                                            [] { EXPECT_FALSE(errors_set(5, QM_W("other"))); }));
+  EXPECT_TRUE(test::with_allocation_failing(
+      1, test::Shortage::once, [] { EXPECT_FALSE(error_texts_set(5, QM_W("other"))); }));
   EXPECT_EQ(errno, ENOMEM);
   EXPECT_EQ(look_up(5), kNoText);
   EXPECT_EQ(look_up(6), text(QM_W("six")));
@@ -156,8 +156,8 @@ TEST_F(ErrorTexts, ANewTextThatCannotBeCopiedLeavesTheCodeWithoutAny) {
 
 TEST_F(ErrorTexts, ACodeThatCannotBeAddedStaysUnknown) {
   errno = 0;
-  EXPECT_TRUE(test::with_allocation_failing(1, test::Shortage::once,
-                                            [] { EXPECT_FALSE(errors_set(5, QM_W("five"))); }));
+  EXPECT_TRUE(test::with_allocation_failing(
+      1, test::Shortage::once, [] { EXPECT_FALSE(error_texts_set(5, QM_W("five"))); }));
   EXPECT_EQ(errno, ENOMEM);
   EXPECT_EQ(look_up(5).text, runtime_text(5));
 }
@@ -169,16 +169,16 @@ TEST_F(ErrorTexts, AnswersWithTheRuntimesTextEvenWhenItCannotBeKept) {
 
 TEST(ErrorTextsMemory, EveryFailedAllocationLeavesASoundTable) {
   const auto scenario = [] {
-    if (errors_create()) {
+    if (error_texts_create()) {
       for (std::int32_t code = 0x2000; code < 0x2014; ++code) {
-        const bool set = errors_set(code, QM_W("set"));
+        const bool set = error_texts_set(code, QM_W("set"));
         EXPECT_EQ(look_up(code).text, set ? QM_W("set") : runtime_text(code));
       }
       EXPECT_EQ(look_up(22).text, runtime_text(22));
     } else {
       EXPECT_EQ(look_up(22).found, TextFound::no_table);
     }
-    errors_destroy();
+    error_texts_destroy();
   };
   test::fail_each_allocation(scenario);
 }
@@ -186,17 +186,17 @@ TEST(ErrorTextsMemory, EveryFailedAllocationLeavesASoundTable) {
 TEST(ErrorTextsMemory, EveryThrowingAllocationLeavesASoundTable) {
   test::throw_at_each_allocation([] {
     struct Destroy {
-      ~Destroy() { errors_destroy(); }
+      ~Destroy() { error_texts_destroy(); }
     } destroy;
-    errors_create();
-    errors_set(5, QM_W("five"));
-    errors_set(5, QM_W("other"));
+    error_texts_create();
+    error_texts_set(5, QM_W("five"));
+    error_texts_set(5, QM_W("other"));
     look_up(22);
   });
 }
 
 TEST_F(ErrorTexts, AnswersWhileTextsChange) {
-  errors_set(5, nullptr);
+  error_texts_set(5, nullptr);
   std::atomic<bool> done = false;
   std::vector<std::thread> readers;
   for (int i = 0; i < 3; ++i) {
@@ -210,9 +210,9 @@ TEST_F(ErrorTexts, AnswersWhileTextsChange) {
     });
   }
   for (int round = 0; round < 2000; ++round) {
-    errors_set(5, QM_W("one"));
-    errors_set(5, QM_W("another"));
-    errors_set(5, nullptr);
+    error_texts_set(5, QM_W("one"));
+    error_texts_set(5, QM_W("another"));
+    error_texts_set(5, nullptr);
   }
   done = true;
   for (std::thread& reader : readers) reader.join();
