@@ -4,6 +4,8 @@
 
 #if defined(_WIN32) && !defined(_WIN64)
 
+#include <windows.h>
+
 namespace contract {
 namespace {
 
@@ -77,6 +79,99 @@ TEST_F(RawCalls, HandleBlocks) {
   EXPECT_EQ(positioned[0], 0u);
   EXPECT_EQ(positioned[4], 0xC3C3C3C3u);
   EXPECT_EQ(block[2] & size[2], 0xC3C3C3C3u);
+}
+
+TEST_F(RawCalls, ShareSlots) {
+  Word created[] = {0, 0, 0xC3C3C3C3};
+  EXPECT_EQ(call(0x10020005, created), 1);
+  EXPECT_EQ(created[0], 1u);
+  Word joined[] = {1, 0, 0xC3C3C3C3};
+  EXPECT_EQ(call(0x10020006, joined), 1);
+  EXPECT_EQ(joined[1], created[1]);
+  Word released[] = {1, 0xC3C3C3C3};
+  for (const std::int32_t result : {1, 1, 0}) EXPECT_EQ(call(0x10020007, released), result);
+  EXPECT_EQ(released[0], 1u);
+  EXPECT_EQ(created[2] & joined[2] & released[1], 0xC3C3C3C3u);
+}
+
+TEST_F(RawCalls, WriteAndReadFiles) {
+  Word written[] = {word_of("bytes"), word_of("raw.bin"), 5, 1, 0xC3C3C3C3};
+  EXPECT_EQ(call(0x10020009, written), 1);
+  Word read[] = {1, word_of(L"raw.bin"), 1, 2, 0xC3C3C3C3};
+  EXPECT_EQ(call(0x10020008, read), 1);
+  ASSERT_EQ(read[2], 5u);
+  EXPECT_EQ(std::string(pointer_to<const char>(read[0]), 5), "bytes");
+  EXPECT_EQ(written[4] & read[4], 0xC3C3C3C3u);
+  release(pointer_to<void>(read[0]));
+}
+
+// A page before one that cannot be touched.
+class LastPage {
+ public:
+  LastPage() : begin_(static_cast<char*>(reserve())) { protect(begin_ + kSize, PAGE_NOACCESS); }
+  ~LastPage() { ::VirtualFree(begin_, 0, MEM_RELEASE); }
+  LastPage(const LastPage&) = delete;
+  LastPage& operator=(const LastPage&) = delete;
+
+  // The words at the end of the page.
+  Word* put(const std::vector<Word>& words, bool may_be_written) {
+    protect(begin_, PAGE_READWRITE);
+    void* const record = begin_ + kSize - words.size() * sizeof(Word);
+    std::memcpy(record, words.data(), words.size() * sizeof(Word));
+    if (!may_be_written) protect(begin_, PAGE_READONLY);
+    return static_cast<Word*>(record);
+  }
+
+ private:
+  static constexpr std::size_t kSize = 4096;
+
+  static void* reserve() {
+    return ::VirtualAlloc(nullptr, 2 * kSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+  }
+  static void protect(void* page, DWORD protection) {
+    DWORD before = 0;
+    EXPECT_NE(::VirtualProtect(page, kSize, protection, &before), 0);
+  }
+
+  char* begin_;
+};
+
+// A record that only tells the kernel something may be constant.
+TEST_F(RawCalls, TouchNothingButTheirRecords) {
+  constexpr bool kConstant = false;
+  constexpr bool kVariable = true;
+  const Word pairs[] = {0x2001, word_of(L"one")};
+  const Word text = word_of(L"text");
+  const struct {
+    Word code;
+    std::vector<Word> record;
+    bool is_variable;
+    std::int32_t result;
+  } rows[] = {{0x10000010, {0, text, 1, 1, 1}, kVariable, 1},
+              {0x1000F000, {1, 1, 1, 1}, kVariable, 0},
+              {0x10010002, {0x2100, 77, text, 1}, kConstant, 1},
+              {0x10010003, {0x2100, 77, text, 1}, kConstant, 1},
+              {0x10010000, {0, 0, 1}, kVariable, 77},
+              {0x1001000F, {1, word_of(pairs)}, kConstant, 1},
+              {0x10020000, {0, 0}, kVariable, 1},
+              {0x10020001, {1, 1}, kVariable, 0},
+              {0x10020002, {0, 0, 0, 0}, kVariable, 1},
+              {0x10020004, {0, 0, 0, 0, 0, 1, 1, 1}, kVariable, 0},
+              {0x10020005, {0, 0}, kVariable, 1},
+              {0x10020006, {1, 0}, kVariable, 1},
+              {0x10020007, {1}, kConstant, 1},
+              {0x10020008, {1, text, 1, 2}, kVariable, 0},
+              {0x10020009, {text, text, 4, 2}, kConstant, 1},
+              {0x10030000, {text, 0, 1}, kVariable, 0},
+              {0x10030002, {1}, kVariable, 0},
+              {0x10030004, {1}, kVariable, 1},
+              {0x10030006, {1}, kConstant, 0},
+              {0x10030013, {text, 0}, kVariable, 0}};
+  LastPage page;
+  for (const auto& row : rows) {
+    EXPECT_EQ(call(row.code, page.put(row.record, row.is_variable)), row.result)
+        << std::hex << row.code;
+  }
 }
 
 TEST_F(RawCalls, OpenResolveAndCloseModules) {
