@@ -21,7 +21,7 @@ namespace {
 ProcessWide<ModuleTable> g_modules;
 
 // Modules closed at shutdown; whatever their clean-up code loads beyond that is abandoned.
-constexpr int kMostCloses = 1000;
+constexpr int kMaxCloses = 1000;
 
 struct Call {
   std::uint32_t handle;
@@ -152,7 +152,7 @@ bool registry_create() { return g_modules.create(); }
 
 void registry_destroy() {
   ModuleTable* const modules = g_modules.get();
-  for (int closed = 0; modules != nullptr && closed < kMostCloses; ++closed) {
+  for (int closed = 0; modules != nullptr && closed < kMaxCloses; ++closed) {
     const ModuleOwner last = modules->remove_last();
     if (!last) break;
   }

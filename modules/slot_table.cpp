@@ -56,8 +56,8 @@ Slot* SlotTable::find(std::int32_t id) const {
 }
 
 bool SlotTable::join(Slot& slot) noexcept {
-  constexpr std::int32_t kMostUsers = std::numeric_limits<std::int32_t>::max();
-  return slot.users.fetch_add(1, std::memory_order_relaxed) != kMostUsers - 1;
+  constexpr std::int32_t kMaxUsers = std::numeric_limits<std::int32_t>::max();
+  return slot.users.fetch_add(1, std::memory_order_relaxed) != kMaxUsers - 1;
 }
 
 void SlotTable::release(Slot& slot) {

@@ -126,7 +126,7 @@ bool NumberText::round_body(int places) noexcept {
 }
 
 void NumberText::set_fixed(double magnitude, int precision, bool point) noexcept {
-  const int digits = std::min(precision, kMostDigits);
+  const int digits = std::min(precision, kMaxDigits);
   const bool tie = may_be_tie(magnitude, digits);
   const char* end = std::to_chars(body_, body_ + sizeof body_, magnitude, std::chars_format::fixed,
                                   tie ? digits + 1 : digits)
@@ -156,7 +156,7 @@ int NumberText::set_scientific_body(double magnitude, int digits) noexcept {
 
 // Returns the decimal exponent.
 int NumberText::set_scientific(double magnitude, int precision, bool point) noexcept {
-  const int digits = std::min(precision, kMostDigits);
+  const int digits = std::min(precision, kMaxDigits);
   int exponent = set_scientific_body(magnitude, digits);
   if (may_be_tie(magnitude, digits - exponent)) {
     // All its digits: one more behind the decimal point, or else all that are in front of it.

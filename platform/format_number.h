@@ -28,7 +28,7 @@ class NumberText {
 
  private:
   // The digits of a double end before: 309 in front of the point, 1074 behind it.
-  static constexpr int kMostDigits = 1080;
+  static constexpr int kMaxDigits = 1080;
 
   void add_prefix(std::string_view text) noexcept;
   void add_sign(const Conversion& conversion, bool negative) noexcept;
@@ -52,7 +52,7 @@ class NumberText {
   std::size_t suffix_length_ = 0;
   char prefix_[4];
   char suffix_[8];
-  char body_[kMostDigits + 320];
+  char body_[kMaxDigits + 320];
 };
 
 }  // namespace qmsd::platform

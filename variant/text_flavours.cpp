@@ -57,8 +57,8 @@ bool is_single(double value) {
 
 std::optional<RecognisedScalar> recognise_floating(std::string_view text) {
   // More digits than a double holds would be changed by reading them.
-  constexpr std::size_t kMostDigits = 15;
-  if (leading_digits(text) > kMostDigits) return std::nullopt;
+  constexpr std::size_t kMaxDigits = 15;
+  if (leading_digits(text) > kMaxDigits) return std::nullopt;
   const FloatingReading reading = read_floating(text);
   const bool is_number = std::isfinite(reading.value) && !reading.out_of_range;
   if (reading.consumed != text.size() || !is_number) return std::nullopt;

@@ -33,8 +33,8 @@ int os_open_for_reading(const qm_wchar* path) {
 std::int64_t os_size(int descriptor) { return ::_filelengthi64(descriptor); }
 
 std::int64_t os_read(int descriptor, void* buffer, std::size_t bytes) {
-  constexpr std::size_t kMost = INT_MAX;
-  return ::_read(descriptor, buffer, static_cast<unsigned>(std::min(bytes, kMost)));
+  constexpr std::size_t kMax = INT_MAX;
+  return ::_read(descriptor, buffer, static_cast<unsigned>(std::min(bytes, kMax)));
 }
 
 void os_close(int descriptor) { ::_close(descriptor); }

@@ -71,9 +71,9 @@ bool is_too_large(std::string_view number, bool hexadecimal) {
   const std::string_view places = number.substr(0, letter);
   const auto point = static_cast<std::int64_t>(std::min(places.find('.'), places.size()));
   const auto first = static_cast<std::int64_t>(places.find_first_not_of("0."));
-  constexpr std::int64_t kMost = Limits::max() / 2;  // leaves room for the sum
+  constexpr std::int64_t kMax = Limits::max() / 2;  // leaves room for the sum
   const std::int64_t exponent = std::clamp(
-      read_decimal(number.substr(std::min(letter + 1, number.size()))).value, -kMost, kMost);
+      read_decimal(number.substr(std::min(letter + 1, number.size()))).value, -kMax, kMax);
   return (point - first) * (hexadecimal ? 4 : 1) + exponent > 0;
 }
 

@@ -78,8 +78,8 @@ DateTime date_time_from_milliseconds(std::int64_t since_1970) noexcept {
 }
 
 DateTime date_time_from_milliseconds(std::uint64_t since_1970) noexcept {
-  constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-  if (since_1970 > kMost) return DateTime::invalid();
+  constexpr auto kMax = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  if (since_1970 > kMax) return DateTime::invalid();
   return date_time_from_milliseconds(static_cast<std::int64_t>(since_1970));
 }
 

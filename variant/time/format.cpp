@@ -12,7 +12,7 @@
 namespace qmsd {
 namespace {
 
-constexpr int kMostWidth = 9;
+constexpr int kMaxWidth = 9;
 
 // Both mean something only for a value with a time.
 int seconds_of_day(DateTime value) {
@@ -60,7 +60,7 @@ Conversion read_conversion(std::string_view format) {
   int width = 0;
   std::size_t at = 1;
   for (; at < format.size() && is_digit(format[at]); ++at) {
-    width = std::min(width * 10 + digit_value(format[at]), kMostWidth);
+    width = std::min(width * 10 + digit_value(format[at]), kMaxWidth);
   }
   const bool ended = at == format.size();
   return {format.substr(0, ended ? at : at + 1), static_cast<std::size_t>(width),

@@ -10,7 +10,7 @@
 namespace qmsd {
 namespace {
 
-constexpr std::size_t kMostYearPlaces = 4;
+constexpr std::size_t kMaxYearPlaces = 4;
 constexpr int kUnknown = -1;
 
 bool is_place(char character) { return is_digit(character) || character == kUnknownDigit; }
@@ -55,7 +55,7 @@ void set_year(DateTime& value, const Characters& text, std::size_t places) {
 }
 
 bool has_date_layout(const Characters& text, std::size_t places) {
-  return places >= 1 && places <= kMostYearPlaces && text.places_from(places + 1) == 2 &&
+  return places >= 1 && places <= kMaxYearPlaces && text.places_from(places + 1) == 2 &&
          text[places + 3] == '-' && text.places_from(places + 4) == 2;
 }
 
