@@ -2,9 +2,7 @@
 // blocks, so a pointer handed in is recognised before it is resized or released.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 
 #include "services/text/qm_string.h"
 
@@ -19,12 +17,6 @@ bool tracked_realloc(void** pointer, std::int32_t size, const char* file, std::i
 
 // Releases a block that is known to be sound; null is allowed.
 void tracked_release(void* block);
-
-struct TrackedRelease {
-  void operator()(void* block) const { tracked_release(block); }
-};
-template <class T>
-using TrackedOwner = std::unique_ptr<T, TrackedRelease>;
 
 // One line: blocks, damaged records and sizes, each with its change since the last report.
 qmString tracked_statistics();
