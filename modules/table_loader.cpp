@@ -75,8 +75,7 @@ void load_child(const LoadedTable& table, const qm_wchar* name) {
 
 // False when the store does not answer.
 bool load_children(const LoadedTable& table) {
-  const OwnedText listing(
-      static_cast<qm_wchar*>(platform::heap_allocate(kListingLength * sizeof(qm_wchar))));
+  const OwnedText listing = platform::heap_array<qm_wchar>(kListingLength);
   if (!listing || !property_list(table.node, {listing.get(), kListingLength})) return false;
   qm_wchar* line = listing.get();
   for (WideView rest(line); !rest.empty();) {

@@ -31,7 +31,7 @@ Fetched fetch(const qm_wchar* file, Resource& resource) {
   const std::size_t bytes = platform::version_resource_size(file);
   if (bytes == 0) return Fetched::none;
   // An odd byte at the end is fetched, but is no word.
-  resource.words.reset(static_cast<qm_wchar*>(platform::heap_allocate_zeroed(bytes + 1)));
+  resource.words = platform::heap_array_zeroed<qm_wchar>((bytes + 1) / sizeof(qm_wchar));
   if (!resource.words) return Fetched::no_memory;
   if (!platform::read_version_resource(file, resource.words.get(), bytes)) {
     return Fetched::unreadable;

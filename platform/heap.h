@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace qmsd::platform {
@@ -34,6 +35,22 @@ struct HeapDelete {
 
 template <class T>
 using HeapOwner = std::unique_ptr<T, HeapDelete<T>>;
+
+// An array of plain values, or null.
+template <class T>
+using HeapArray = std::unique_ptr<T[], HeapFree>;
+
+// Null when memory is exhausted. The values are indeterminate, or all bytes 0.
+template <class T>
+[[nodiscard]] HeapArray<T> heap_array(std::size_t length) {
+  static_assert(std::is_trivially_copyable_v<T>, "no destructor will run");
+  return HeapArray<T>(static_cast<T*>(heap_allocate(length * sizeof(T))));
+}
+template <class T>
+[[nodiscard]] HeapArray<T> heap_array_zeroed(std::size_t length) {
+  static_assert(std::is_trivially_copyable_v<T>, "no destructor will run");
+  return HeapArray<T>(static_cast<T*>(heap_allocate_zeroed(length * sizeof(T))));
+}
 
 // Null when memory is exhausted. `T` must not throw while it is made, nor want more alignment than
 // the runtime's blocks have.

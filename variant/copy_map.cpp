@@ -61,8 +61,7 @@ bool CopyMap::grow_pairs() {
 
 bool CopyMap::grow_index() {
   const std::size_t wanted = doubled(buckets_);
-  Index grown(
-      static_cast<std::uint32_t*>(platform::heap_allocate_zeroed(wanted * sizeof(std::uint32_t))));
+  Index grown = platform::heap_array_zeroed<std::uint32_t>(wanted);
   if (!grown) return false;
   const Index old = std::exchange(index_, std::move(grown));
   const std::size_t old_buckets = std::exchange(buckets_, wanted);

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 #include "include/qmsd7.h"
 #include "platform/heap.h"
@@ -28,13 +27,13 @@ class CopyMap {
   const Pair& operator[](std::size_t at) const noexcept { return pairs_[at]; }
 
  private:
-  using Index = std::unique_ptr<std::uint32_t[], platform::HeapFree>;
+  using Index = platform::HeapArray<std::uint32_t>;
 
   bool grow_pairs();
   bool grow_index();
   void enter(std::uint32_t entry) noexcept;
 
-  std::unique_ptr<Pair[], platform::HeapFree> pairs_;
+  platform::HeapArray<Pair> pairs_;
   std::size_t size_ = 0;
   std::size_t room_ = 0;
   // Open addressing: 1 + position in pairs_, 0 for free. A power of two, at most half full.

@@ -59,7 +59,7 @@ Bytes copy_bytes(const void* from, std::int64_t size) {
     return nullptr;
   }
   const auto length = static_cast<std::size_t>(size);
-  Bytes copy(static_cast<std::byte*>(platform::heap_allocate(length)));
+  Bytes copy = platform::heap_array<std::byte>(length);
   if (!copy) {
     fail(QM_ERROR_NO_MEMORY);
     return nullptr;
@@ -106,12 +106,12 @@ bool become_recognised(qm_variant& variant, std::string_view text) {
 enum class Decoded { yes, malformed, no_memory };
 
 Decoded become_decoded(qm_variant& variant, std::string_view utf8) {
-  const auto units = decode_utf8(utf8, nullptr);
+  const auto units = utf16_from_utf8(utf8, nullptr);
   if (!units) return Decoded::malformed;
-  Bytes wide(static_cast<std::byte*>(platform::heap_allocate((*units + 1) * sizeof(qm_wchar))));
+  Bytes wide = platform::heap_array<std::byte>((*units + 1) * sizeof(qm_wchar));
   if (!wide) return Decoded::no_memory;
   auto* text = reinterpret_cast<qm_wchar*>(wide.get());
-  decode_utf8(utf8, text);
+  utf16_from_utf8(utf8, text);
   text[*units] = 0;
   variant.become_block(QM_TYPE_WIDE_TEXT, static_cast<std::int32_t>(*units + 1), 1,
                        std::move(wide));

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <iterator>
-#include <memory>
 
 #include "platform/heap.h"
 
@@ -13,7 +12,7 @@ template <class Unit>
 class Scratch {
  public:
   explicit Scratch(std::size_t length) : length_(length) {
-    if (!is_near()) far_.reset(static_cast<Unit*>(platform::heap_allocate(length * sizeof(Unit))));
+    if (!is_near()) far_ = platform::heap_array<Unit>(length);
   }
 
   // Null when memory is exhausted. Nothing is written to it yet.
@@ -25,7 +24,7 @@ class Scratch {
 
   const std::size_t length_;
   Unit near_[128];
-  std::unique_ptr<Unit[], platform::HeapFree> far_;
+  platform::HeapArray<Unit> far_;
 };
 
 }  // namespace qmsd

@@ -11,7 +11,7 @@ namespace {
 // Null for nothing to copy, and when memory is exhausted.
 qmsd::Bytes copy_of(std::span<const std::byte> bytes) {
   if (bytes.empty()) return nullptr;
-  qmsd::Bytes copy(static_cast<std::byte*>(qmsd::platform::heap_allocate(bytes.size())));
+  qmsd::Bytes copy = qmsd::platform::heap_array<std::byte>(bytes.size());
   if (copy) std::memcpy(copy.get(), bytes.data(), bytes.size());
   return copy;
 }

@@ -6,7 +6,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -20,7 +19,7 @@
 
 namespace qmsd {
 
-using Bytes = std::unique_ptr<std::byte[], platform::HeapFree>;
+using Bytes = platform::HeapArray<std::byte>;
 
 // The module that an object reference belongs to, and how it is told.
 struct ObjectOwner {

@@ -35,8 +35,7 @@ void forget(const platform::ThreadSlot& slot) noexcept {
 }  // namespace
 
 MessageBuffer make_message_buffer() {
-  MessageBuffer buffer(
-      static_cast<qm_wchar*>(platform::heap_allocate(kMessageLength * sizeof(qm_wchar))));
+  MessageBuffer buffer = platform::heap_array<qm_wchar>(kMessageLength);
   if (buffer) buffer[0] = 0;
   return buffer;
 }

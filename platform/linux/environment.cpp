@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 #include "platform/heap.h"
@@ -57,8 +56,7 @@ class Expansion {
   // False when memory is exhausted.
   bool append_value(const char* value) {
     const std::size_t room = std::strlen(value) + 1;
-    const std::unique_ptr<qm_wchar[], HeapFree> wide(
-        static_cast<qm_wchar*>(heap_allocate(room * sizeof(qm_wchar))));
+    const auto wide = heap_array<qm_wchar>(room);
     if (!wide) return false;
     widen_utf8(value, wide.get(), room);
     append(WideView(wide.get()));

@@ -92,8 +92,7 @@ OwnedText expand_filename(OwnedText name) {
     errno = EFAULT;
     return nullptr;
   }
-  OwnedText expanded(
-      static_cast<qm_wchar*>(platform::heap_allocate((length + 1) * sizeof(qm_wchar))));
+  OwnedText expanded = platform::heap_array<qm_wchar>(length + 1);
   if (!expanded) {
     errno = ENOMEM;
     return nullptr;

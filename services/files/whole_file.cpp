@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <utility>
 
 #include "kernel/errors/error_state.h"
@@ -19,7 +18,7 @@
 namespace qmsd {
 namespace {
 
-using Contents = std::unique_ptr<char[], platform::HeapFree>;
+using Contents = platform::HeapArray<char>;
 
 constexpr int kDirectoryMode = 0755;
 
@@ -60,7 +59,7 @@ std::int32_t load(const qm_wchar* name, Contents& contents, std::int32_t& read_s
   if (size >= kTooLarge) return QM_ERROR_RANGE;
   const auto length = static_cast<std::size_t>(size);
   if (length != 0) {
-    contents.reset(static_cast<char*>(platform::heap_allocate(length + kSlack)));
+    contents = platform::heap_array<char>(length + kSlack);
     if (!contents) return QM_ERROR_NO_MEMORY;
     if (file.read(contents.get(), length) != length) return QM_ERROR_SHORT_READ;
     std::memset(contents.get() + length, 0, kSlack);

@@ -83,8 +83,7 @@ std::size_t limit_of(std::size_t room, std::ptrdiff_t count) {
 OwnedText wcs_dup_from_mbs(const char* text) {
   if (text == nullptr) return nullptr;
   const std::string_view view(text);
-  void* memory = platform::heap_allocate_zeroed((view.size() + 1) * sizeof(qm_wchar));
-  OwnedText copy(static_cast<qm_wchar*>(memory));
+  OwnedText copy = platform::heap_array_zeroed<qm_wchar>(view.size() + 1);
   if (copy) convert<Widen>(view, copy.get(), view.size());
   return copy;
 }
@@ -96,8 +95,7 @@ OwnedText wcs_from_mbs_alloc(const char* text) {
     errno = EINVAL;
     return nullptr;
   }
-  void* memory = platform::heap_allocate((size.made + 1) * sizeof(qm_wchar));
-  OwnedText copy(static_cast<qm_wchar*>(memory));
+  OwnedText copy = platform::heap_array<qm_wchar>(size.made + 1);
   if (!copy) return copy;
   convert<Widen>(view, copy.get(), size.made);
   copy[size.made] = 0;

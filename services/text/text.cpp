@@ -6,10 +6,9 @@
 namespace qmsd {
 namespace {
 
-template <class Owned, class Character>
-Owned copy(std::basic_string_view<Character> text) {
-  void* memory = platform::heap_allocate((text.size() + 1) * sizeof(Character));
-  Owned copied(static_cast<Character*>(memory));
+template <class Character>
+platform::HeapArray<Character> copy(std::basic_string_view<Character> text) {
+  auto copied = platform::heap_array<Character>(text.size() + 1);
   if (!copied) return copied;
   text.copy(copied.get(), text.size());
   copied[text.size()] = 0;
@@ -18,7 +17,7 @@ Owned copy(std::basic_string_view<Character> text) {
 
 }  // namespace
 
-OwnedText copy_text(WideView text) { return copy<OwnedText>(text); }
-OwnedNarrow copy_narrow(std::string_view text) { return copy<OwnedNarrow>(text); }
+OwnedText copy_text(WideView text) { return copy(text); }
+OwnedNarrow copy_narrow(std::string_view text) { return copy(text); }
 
 }  // namespace qmsd

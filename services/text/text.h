@@ -1,7 +1,6 @@
 // Views of wide text and owned copies of it.
 #pragma once
 
-#include <memory>
 #include <string_view>
 
 #include "include/qmsd7.h"
@@ -12,8 +11,8 @@ namespace qmsd {
 using WideView = std::basic_string_view<qm_wchar>;
 
 // A terminated text in kernel heap memory, or null.
-using OwnedText = std::unique_ptr<qm_wchar[], platform::HeapFree>;
-using OwnedNarrow = std::unique_ptr<char[], platform::HeapFree>;
+using OwnedText = platform::HeapArray<qm_wchar>;
+using OwnedNarrow = platform::HeapArray<char>;
 
 // Null only when memory is exhausted.
 [[nodiscard]] OwnedText copy_text(WideView text);

@@ -52,6 +52,12 @@ TEST(Heap, ZeroesWhenAsked) {
   heap_free(block);
 }
 
+TEST(Heap, ZeroesArraysWhenAsked) {
+  const HeapArray<std::int64_t> values = heap_array_zeroed<std::int64_t>(1000);
+  ASSERT_NE(values, nullptr);
+  for (std::size_t i = 0; i < 1000; ++i) ASSERT_EQ(values[i], 0) << i;
+}
+
 TEST(Heap, GivesABlockForNoBytesToo) {
   void* plain = heap_allocate(0);
   void* zeroed = heap_allocate_zeroed(0);
@@ -90,7 +96,11 @@ TEST(Heap, ClosedGateFailsEachKindOfAllocationLikeAnExhaustedRuntime) {
     EXPECT_EQ(heap_reallocate(kept, 13), nullptr);
     EXPECT_EQ(last_size, 13u);
     EXPECT_EQ(heap_new<Counted>(1), nullptr);
-    EXPECT_EQ(allocations_seen, 4);
+    EXPECT_EQ(heap_array<std::int32_t>(3), nullptr);
+    EXPECT_EQ(last_size, 12u);
+    EXPECT_EQ(heap_array_zeroed<std::int32_t>(4), nullptr);
+    EXPECT_EQ(last_size, 16u);
+    EXPECT_EQ(allocations_seen, 6);
   }
   EXPECT_EQ(Counted::alive, 0);
   EXPECT_STREQ(static_cast<char*>(kept), "abc");
