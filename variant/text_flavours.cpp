@@ -1,10 +1,12 @@
 // Text that may be a number or a date-time, and UTF-8.
 #include "variant/text_flavours.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 
+#include "platform/unicode.h"
 #include "services/text/numbers.h"
 #include "variant/time/digits.h"
 #include "variant/time/recognise.h"
@@ -72,38 +74,6 @@ std::optional<RecognisedScalar> recognise_time(std::string_view text) {
   return RecognisedScalar{QM_TYPE_DATETIME, 8, std::bit_cast<std::int64_t>(time.value.bits())};
 }
 
-// What a lead byte announces: how many bytes follow, its own bits, and the smallest code point that
-// may be written so.
-struct Lead {
-  int following;
-  char32_t bits;
-  char32_t smallest;
-};
-
-std::optional<Lead> lead_of(std::uint8_t byte) {
-  if (byte < 0x80) return Lead{0, byte, 0};
-  if (byte >= 0xC0 && byte < 0xE0) return Lead{1, char32_t(byte & 0x1F), 0x80};
-  if (byte >= 0xE0 && byte < 0xF0) return Lead{2, char32_t(byte & 0x0F), 0x800};
-  if (byte >= 0xF0 && byte < 0xF8) return Lead{3, char32_t(byte & 0x07), 0x10000};
-  return std::nullopt;
-}
-
-// Takes one code point from the front of the text.
-std::optional<char32_t> take_code_point(std::string_view& bytes) {
-  const auto lead = lead_of(static_cast<std::uint8_t>(bytes[0]));
-  if (!lead || bytes.size() <= static_cast<std::size_t>(lead->following)) return std::nullopt;
-  char32_t code = lead->bits;
-  for (int at = 1; at <= lead->following; ++at) {
-    const auto byte = static_cast<std::uint8_t>(bytes[static_cast<std::size_t>(at)]);
-    if ((byte & 0xC0) != 0x80) return std::nullopt;
-    code = code << 6 | (byte & 0x3F);
-  }
-  const bool is_surrogate = code >= 0xD800 && code <= 0xDFFF;
-  if (code < lead->smallest || is_surrogate || code > 0x10FFFF) return std::nullopt;
-  bytes.remove_prefix(static_cast<std::size_t>(lead->following) + 1);
-  return code;
-}
-
 }  // namespace
 
 std::optional<RecognisedScalar> recognise_scalar(std::string_view text) {
@@ -113,21 +83,16 @@ std::optional<RecognisedScalar> recognise_scalar(std::string_view text) {
   return recognise_time(text);
 }
 
-std::optional<std::size_t> decode_utf8(std::string_view bytes, qm_wchar* units) {
+std::optional<std::size_t> utf16_from_utf8(std::string_view bytes, qm_wchar* units) {
   std::size_t count = 0;
-  const auto put = [&count, units](char32_t unit) {
-    if (units != nullptr) units[count] = static_cast<qm_wchar>(unit);
-    ++count;
-  };
   while (!bytes.empty()) {
-    const auto code = take_code_point(bytes);
-    if (!code) return std::nullopt;
-    if (*code < 0x10000) {
-      put(*code);
-    } else {
-      put(0xD800 + ((*code - 0x10000) >> 10));
-      put(0xDC00 + (*code & 0x3FF));
-    }
+    const platform::CodePoint point = platform::decode_utf8(bytes);
+    if (point.taken == 0) return std::nullopt;
+    qm_wchar encoded[2];
+    const std::size_t made = platform::encode_utf16(point.value, encoded);
+    if (units != nullptr) std::copy_n(encoded, made, units + count);
+    count += made;
+    bytes.remove_prefix(point.taken);
   }
   return count;
 }

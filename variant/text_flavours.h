@@ -21,8 +21,8 @@ struct RecognisedScalar {
 // Integer, floating or date-time; nothing when the whole text is none of them.
 std::optional<RecognisedScalar> recognise_scalar(std::string_view text);
 
-// Strict UTF-8 (no overlong forms, no surrogates, at most U+10FFFF) to UTF-16. Gives the number of
-// units, or nothing for malformed text. `units` may be null to count only.
-std::optional<std::size_t> decode_utf8(std::string_view bytes, qm_wchar* units);
+// The number of UTF-16 units that the text takes, or nothing for malformed UTF-8. Writes them, unless
+// `units` is null.
+std::optional<std::size_t> utf16_from_utf8(std::string_view bytes, qm_wchar* units);
 
 }  // namespace qmsd

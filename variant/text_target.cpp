@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "platform/unicode.h"
+
 namespace qmsd {
 namespace {
 
@@ -21,46 +23,11 @@ std::size_t wide_length(std::int32_t capacity) {
   return static_cast<std::size_t>(capacity) / sizeof(qm_wchar);
 }
 
-struct CodePoint {
-  char32_t value;
-  std::size_t units;
-};
-
-CodePoint first_code_point(WideView text) {
-  constexpr char32_t kReplacement = 0xFFFD;
-  const char32_t unit = text[0];
-  if (unit < 0xD800 || unit > 0xDFFF) return {unit, 1};
-  const char32_t next = text.size() > 1 ? text[1] : 0;
-  const bool is_pair = unit < 0xDC00 && next >= 0xDC00 && next <= 0xDFFF;
-  if (!is_pair) return {kReplacement, 1};
-  return {0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00), 2};
-}
-
-// The code point's bytes; returns how many there are.
-std::size_t encode(char32_t code, char (&bytes)[4]) {
-  const auto continuation = [code](int shift) {
-    return static_cast<char>(0x80 | ((code >> shift) & 0x3F));
-  };
-  if (code < 0x80) {
-    bytes[0] = static_cast<char>(code);
-    return 1;
-  }
-  if (code < 0x800) {
-    bytes[0] = static_cast<char>(0xC0 | code >> 6);
-    bytes[1] = continuation(0);
-    return 2;
-  }
-  if (code < 0x10000) {
-    bytes[0] = static_cast<char>(0xE0 | code >> 12);
-    bytes[1] = continuation(6);
-    bytes[2] = continuation(0);
-    return 3;
-  }
-  bytes[0] = static_cast<char>(0xF0 | code >> 18);
-  bytes[1] = continuation(12);
-  bytes[2] = continuation(6);
-  bytes[3] = continuation(0);
-  return 4;
+// An unpaired surrogate is replaced.
+platform::CodePoint first_code_point(WideView text) {
+  constexpr platform::CodePoint kReplacement{0xFFFD, 1};
+  const platform::CodePoint point = platform::decode_utf16(text);
+  return point.taken == 0 ? kReplacement : point;
 }
 
 }  // namespace
@@ -90,13 +57,13 @@ std::int32_t write_utf8(char* buffer, std::int32_t capacity, WideView text) {
   const std::size_t room = static_cast<std::size_t>(capacity) - 1;
   std::size_t written = 0;
   while (!text.empty()) {
-    const CodePoint code = first_code_point(text);
+    const platform::CodePoint code = first_code_point(text);
     char bytes[4];
-    const std::size_t size = encode(code.value, bytes);
+    const std::size_t size = platform::encode_utf8(code.value, bytes);
     if (size > room - written) break;
     std::memcpy(buffer + written, bytes, size);
     written += size;
-    text.remove_prefix(code.units);
+    text.remove_prefix(code.taken);
   }
   buffer[written] = 0;
   buffer[room] = 0;

@@ -10,7 +10,7 @@
 #include <cwctype>
 
 #include "platform/keep_errors.h"
-#include "platform/linux/utf16.h"
+#include "platform/unicode.h"
 
 namespace qmsd::platform {
 namespace {
@@ -40,14 +40,14 @@ NarrowCharacter narrow_beyond_ascii(const qm_wchar* source, std::size_t length) 
   if (in_c_locale()) {
     return *source > 0xFF ? NarrowCharacter{} : NarrowCharacter{1, 1, {static_cast<char>(*source)}};
   }
-  const CodePoint point = decode_utf16(source, length);
-  if (point.units == 0) return {};
+  const CodePoint point = decode_utf16({source, length});
+  if (point.taken == 0) return {};
   const KeepErrors keep;
   NarrowCharacter result{};
   std::mbstate_t state{};
   result.made = std::wcrtomb(result.bytes, static_cast<wchar_t>(point.value), &state);
   if (result.made > sizeof result.bytes) return {};
-  result.taken = point.units;
+  result.taken = point.taken;
   return result;
 }
 
