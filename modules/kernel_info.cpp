@@ -1,8 +1,7 @@
-// The kernel's own information record, in the form in which every module gives its own.
+#include "modules/kernel_info.h"
+
 #include <algorithm>
 #include <array>
-
-#include "modules/registry.h"
 
 namespace qmsd {
 namespace {

@@ -115,7 +115,7 @@ void search_path_variable(Listing& listing) {
   }
 }
 
-void search_family_folder(Listing& listing) {
+void search_qm_folder(Listing& listing) {
   constexpr std::size_t kLength = kVariableLength + 32;
   qm_wchar root[kLength];
   if (!platform::listed_system_directory(root, kLength)) return;
@@ -161,7 +161,7 @@ bool list_modules_wide(qm_list_modules_w* record) {
   Listing listing(*record, record->pattern);
   listing.search(QM_W("."));
   search_path_variable(listing);
-  search_family_folder(listing);
+  search_qm_folder(listing);
   return true;
 }
 

@@ -67,7 +67,7 @@ class BoundedWait {
 bool fail_busy(const qm_wchar* name) { return fail(QM_ERROR_BUSY, QM_W("('%ls')"), name); }
 
 // The uses that a call on a loaded module gives back: its own, and for a close the opener's too.
-// The family's own modules stay loaded, so their openers' uses are never given back.
+// Modules whose names begin with "qm" belong to the kernel and stay loaded once opened.
 std::int32_t uses_to_give_back(const Call& call, const ModuleRecord& record, UseMode mode) {
   if (mode == UseMode::group) return 1;
   if (call.opens()) return 0;

@@ -30,7 +30,4 @@ bool registry_resolve(const qm_wchar* name, void*& library, qm_call_fn& entry);
 
 qmString registry_statistics();
 
-// QM_CALL_GETKERNELINFO: accepts null.
-bool kernel_info(qm_info_request* record);
-
 }  // namespace qmsd

@@ -1,4 +1,6 @@
 // What the kernel tells about itself.
+#include "modules/kernel_info.h"
+
 #include "tests/unit/modules/module_test.h"
 
 namespace qmsd {
