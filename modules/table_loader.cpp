@@ -14,6 +14,7 @@
 #include "platform/heap.h"
 #include "services/tables/error_texts.h"
 #include "services/tables/group_table.h"
+#include "services/text/digits.h"
 #include "services/text/strings.h"
 #include "services/text/text.h"
 
@@ -32,13 +33,6 @@ struct LoadedTable {
   bool (*set)(std::int32_t id, const qm_wchar* text);
 };
 
-int hexadecimal_digit(qm_wchar letter) {
-  if (letter >= QM_W('0') && letter <= QM_W('9')) return letter - QM_W('0');
-  if (letter >= QM_W('a') && letter <= QM_W('f')) return letter - QM_W('a') + 10;
-  if (letter >= QM_W('A') && letter <= QM_W('F')) return letter - QM_W('A') + 10;
-  return -1;
-}
-
 bool take(WideView& text, WideView prefix) {
   if (!text.starts_with(prefix)) return false;
   text.remove_prefix(prefix.size());
@@ -56,8 +50,8 @@ std::int32_t parse_id(WideView line) {
   if (!take(line, QM_W("0x"))) take(line, QM_W("0X"));
   std::int64_t value = 0;
   for (const qm_wchar letter : line) {
-    const int digit = hexadecimal_digit(letter);
-    if (digit < 0) break;
+    const int digit = hexadecimal_value(letter);
+    if (digit == kNoDigit) break;
     value = std::min<std::int64_t>(value * 16 + digit, -std::int64_t{Limits::min()});
   }
   if (negative) value = -value;

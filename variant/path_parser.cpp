@@ -4,17 +4,10 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "services/text/digits.h"
+
 namespace qmsd {
 namespace {
-
-constexpr int kNoDigit = 99;
-
-int digit_of(qm_wchar c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return kNoDigit;
-}
 
 // False when the slot was taken before.
 bool take(bool& slot) {
@@ -166,15 +159,15 @@ bool PathParser::read_integer(std::int32_t& value) {
   const bool negative = peek() == '-';
   if (negative || peek() == '+') ++at_;
   int base = peek() == '0' ? 8 : 10;
-  if (base == 8 && (peek(1) == 'x' || peek(1) == 'X') && digit_of(peek(2)) < 16) {
+  if (base == 8 && (peek(1) == 'x' || peek(1) == 'X') && hexadecimal_value(peek(2)) < 16) {
     base = 16;
     at_ += 2;
   }
-  if (digit_of(peek()) >= base) return false;
+  if (hexadecimal_value(peek()) >= base) return false;
   constexpr std::int64_t kBeyond = std::int64_t{INT32_MAX} + 1;
   std::int64_t magnitude = 0;
-  for (; digit_of(peek()) < base; ++at_) {
-    magnitude = std::min(magnitude * base + digit_of(peek()), kBeyond);
+  for (; hexadecimal_value(peek()) < base; ++at_) {
+    magnitude = std::min(magnitude * base + hexadecimal_value(peek()), kBeyond);
   }
   value = static_cast<std::int32_t>(negative ? -magnitude
                                              : std::min<std::int64_t>(magnitude, INT32_MAX));

@@ -7,8 +7,8 @@
 #include <cstdint>
 
 #include "platform/unicode.h"
+#include "services/text/digits.h"
 #include "services/text/numbers.h"
-#include "variant/time/digits.h"
 #include "variant/time/recognise.h"
 #include "variant/time/zone.h"
 

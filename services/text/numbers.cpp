@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "platform/double_precision.h"
+#include "services/text/digits.h"
 #include "services/text/strings.h"
 
 namespace qmsd {
@@ -17,11 +18,7 @@ namespace {
 using Limits = std::numeric_limits<std::int64_t>;
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-constexpr std::string_view kHexadecimalDigits = "0123456789abcdefABCDEF";
-
-bool is_hexadecimal_digit(char character) {
-  return kHexadecimalDigits.find(character) != std::string_view::npos;
-}
+bool is_hexadecimal_digit(char character) { return hexadecimal_value(character) != kNoDigit; }
 
 bool has_hexadecimal_prefix(std::string_view text) {
   return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');

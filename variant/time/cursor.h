@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "variant/time/digits.h"
+#include "services/text/digits.h"
 
 namespace qmsd {
 

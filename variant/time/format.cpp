@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "variant/time/digits.h"
+#include "services/text/digits.h"
 
 namespace qmsd {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "services/text/digits.h"
 #include "variant/time/calendar.h"
-#include "variant/time/digits.h"
 
 namespace qmsd {
 namespace {
