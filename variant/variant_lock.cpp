@@ -1,24 +1,25 @@
 // The variants' shared lock.
 #include "variant/variant_lock.h"
 
-#include <atomic>
-
-#include "platform/heap.h"
+#include "kernel/base/process_wide.h"
 
 namespace qmsd {
 namespace {
 
-std::atomic<RwLock*> g_lock{nullptr};
+struct SharedLock {
+  RwLock lock{LockRank::variants};
+};
+
+ProcessWide<SharedLock> g_shared;
 
 }  // namespace
 
-bool variants_create() {
-  g_lock.store(platform::heap_new<RwLock>(LockRank::variants).release(), std::memory_order_release);
-  return variants_lock() != nullptr;
+bool variants_create() { return g_shared.create(); }
+void variants_destroy() { g_shared.destroy(); }
+
+RwLock* variants_lock() noexcept {
+  SharedLock* const shared = g_shared.get();
+  return shared == nullptr ? nullptr : &shared->lock;
 }
-
-void variants_destroy() { const platform::HeapOwner<RwLock> lock(g_lock.exchange(nullptr)); }
-
-RwLock* variants_lock() noexcept { return g_lock.load(std::memory_order_acquire); }
 
 }  // namespace qmsd
