@@ -23,7 +23,7 @@ BlockList::Found BlockList::find(const void* data, std::size_t& index) const {
   return Found::nothing;
 }
 
-bool BlockList::take_place(std::size_t& index) {
+bool BlockList::claim_place(std::size_t& index) {
   while (at(first_free_) != nullptr) ++first_free_;
   if (first_free_ == count_) ++count_;
   while (records_.size() < count_) {

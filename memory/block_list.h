@@ -23,7 +23,7 @@ class BlockList {
 
   // The lowest free place. When there is none the count goes up first and stays up even if there is
   // no memory for the new place, which is then null to everybody.
-  bool take_place(std::size_t& index);
+  bool claim_place(std::size_t& index);
 
   // Free places included.
   std::size_t count() const { return count_; }

@@ -71,7 +71,7 @@ bool TrackedHeap::reallocate(void** pointer, std::int32_t size, const char* file
 bool TrackedHeap::allocate(void** pointer, std::int32_t size, const char* file, std::int32_t line) {
   if (size == 0) return true;
   std::size_t index;
-  if (!blocks_.take_place(index)) {
+  if (!blocks_.claim_place(index)) {
     const std::size_t bytes = blocks_.count() * sizeof(void*);
     return exhausted(static_cast<std::int32_t>(bytes), kGrowingList);
   }

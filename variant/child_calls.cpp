@@ -13,15 +13,15 @@
 namespace qmsd {
 namespace {
 
-enum class Which { items, attributes };
+enum class ListKind { items, attributes };
 
 // The list that is meant, with the lock held; nothing, with an error, if the holder has none.
-std::optional<ChildList> list_of(qm_variant* holder, Which which) {
+std::optional<ChildList> list_of(qm_variant* holder, ListKind kind) {
   if (holder == nullptr) {
     refuse(QM_W("(parent)"));
     return std::nullopt;
   }
-  if (which == Which::attributes) return holder->attributes();
+  if (kind == ListKind::attributes) return holder->attributes();
   if (holder->kind() != Kind::container) {
     refuse(QM_W("(type)"));
     return std::nullopt;
@@ -40,8 +40,8 @@ struct Selection {
 };
 
 // Where the child is that the record selects.
-std::optional<Selection> select(const qm_variant_child& record, Which which) {
-  const auto list = list_of(record.holder, which);
+std::optional<Selection> select(const qm_variant_child& record, ListKind kind) {
+  const auto list = list_of(record.holder, kind);
   if (!list) return std::nullopt;
   const auto position = list->find_child(ChildQuery(record));
   if (!position) return std::nullopt;
@@ -50,9 +50,9 @@ std::optional<Selection> select(const qm_variant_child& record, Which which) {
 
 enum class Reference { add, none };
 
-bool get(qm_variant_child& record, Which which, Reference reference) {
+bool get(qm_variant_child& record, ListKind kind, Reference reference) {
   const VariantsReadGuard guard;
-  const auto selection = select(record, which);
+  const auto selection = select(record, kind);
   if (!selection) return false;
   qm_variant* child = selection->list[selection->position];
   report(record, *child, selection->position);
@@ -65,26 +65,26 @@ bool get(qm_variant_child& record, Which which, Reference reference) {
 }
 
 // The removed child, with the list's reference, goes to the record.
-bool take(qm_variant_child& record, Which which) {
+bool take(qm_variant_child& record, ListKind kind) {
   const VariantsWriteGuard guard;
-  auto selection = select(record, which);
+  auto selection = select(record, kind);
   if (!selection) return false;
   record.child = selection->list.remove(selection->position);
   report(record, *record.child, selection->position);
   return true;
 }
 
-bool remove(qm_variant_child& record, Which which) {
-  if (!take(record, which)) return false;
+bool remove(qm_variant_child& record, ListKind kind) {
+  if (!take(record, kind)) return false;
   ReleaseList dead;
   const std::int32_t count = dead.drop(*record.child);
   record.child = nullptr;
   return count >= 1 || refuse(QM_W("(ref=%i)"), count);
 }
 
-bool insert(qm_variant_child& record, Which which) {
+bool insert(qm_variant_child& record, ListKind kind) {
   const VariantsWriteGuard guard;
-  auto list = list_of(record.holder, which);
+  auto list = list_of(record.holder, kind);
   if (!list) return false;
   if (record.child == nullptr) return refuse(QM_W("(item)"));
   const auto place = list->find_place(ChildQuery(record));
@@ -94,9 +94,9 @@ bool insert(qm_variant_child& record, Which which) {
 }
 
 // How many children have the name, and where the first of them from the index on is.
-bool count_named(qm_variant_child& record, Which which) {
+bool count_named(qm_variant_child& record, ListKind kind) {
   const VariantsReadGuard guard;
-  const auto list = list_of(record.holder, which);
+  const auto list = list_of(record.holder, kind);
   if (!list) return false;
   qm_variant_child by_name = record;
   by_name.flags = (record.flags & QM_FIND_INDEX) | QM_FIND_NAME_FROM;
@@ -113,9 +113,9 @@ bool count_named(qm_variant_child& record, Which which) {
 
 // By address. Both records name the fields alike.
 template <class Record>
-bool position_of(Record& record, const qm_variant* child, Which which) {
+bool position_of(Record& record, const qm_variant* child, ListKind kind) {
   const VariantsReadGuard guard;
-  const auto list = list_of(record.holder, which);
+  const auto list = list_of(record.holder, kind);
   if (!list) return false;
   if (child == nullptr) return refuse(QM_W("(item)"));
   const std::int32_t position = list->position_of(child);
@@ -127,31 +127,31 @@ bool position_of(Record& record, const qm_variant* child, Which which) {
 
 }  // namespace
 
-bool item_get(qm_variant_child& record) { return get(record, Which::items, Reference::add); }
-bool item_take(qm_variant_child& record) { return take(record, Which::items); }
-bool item_delete(qm_variant_child& record) { return remove(record, Which::items); }
-bool item_insert(qm_variant_child& record) { return insert(record, Which::items); }
-bool item_count_named(qm_variant_child& record) { return count_named(record, Which::items); }
+bool item_get(qm_variant_child& record) { return get(record, ListKind::items, Reference::add); }
+bool item_take(qm_variant_child& record) { return take(record, ListKind::items); }
+bool item_delete(qm_variant_child& record) { return remove(record, ListKind::items); }
+bool item_insert(qm_variant_child& record) { return insert(record, ListKind::items); }
+bool item_count_named(qm_variant_child& record) { return count_named(record, ListKind::items); }
 
 bool item_position(qm_variant_child& record) {
-  return position_of(record, record.child, Which::items);
+  return position_of(record, record.child, ListKind::items);
 }
 
 bool attribute_get(qm_variant_child& record) {
-  return get(record, Which::attributes, Reference::add);
+  return get(record, ListKind::attributes, Reference::add);
 }
 bool attribute_find(qm_variant_child& record) {
-  return get(record, Which::attributes, Reference::none);
+  return get(record, ListKind::attributes, Reference::none);
 }
-bool attribute_take(qm_variant_child& record) { return take(record, Which::attributes); }
-bool attribute_delete(qm_variant_child& record) { return remove(record, Which::attributes); }
-bool attribute_insert(qm_variant_child& record) { return insert(record, Which::attributes); }
+bool attribute_take(qm_variant_child& record) { return take(record, ListKind::attributes); }
+bool attribute_delete(qm_variant_child& record) { return remove(record, ListKind::attributes); }
+bool attribute_insert(qm_variant_child& record) { return insert(record, ListKind::attributes); }
 bool attribute_count_named(qm_variant_child& record) {
-  return count_named(record, Which::attributes);
+  return count_named(record, ListKind::attributes);
 }
 
 bool attribute_position(qm_variant_attribute_position& record) {
-  return position_of(record, record.attribute, Which::attributes);
+  return position_of(record, record.attribute, ListKind::attributes);
 }
 
 }  // namespace qmsd

@@ -1,6 +1,7 @@
 // The map from sources to copies.
 #include "variant/copy_map.h"
 
+#include <tuple>
 #include <utility>
 
 namespace qmsd {
@@ -53,7 +54,7 @@ bool CopyMap::grow_pairs() {
   const std::size_t wanted = doubled(room_);
   void* grown = platform::heap_reallocate(pairs_.get(), wanted * sizeof(Pair));
   if (grown == nullptr) return false;
-  (void)pairs_.release();  // moved
+  std::ignore = pairs_.release();  // the block has moved
   pairs_.reset(static_cast<Pair*>(grown));
   room_ = wanted;
   return true;

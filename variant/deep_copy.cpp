@@ -18,20 +18,20 @@ DeepCopy::~DeepCopy() {
 }
 
 // Null when memory is exhausted.
-qm_variant* DeepCopy::new_copy(qm_variant& source, Again again) {
+qm_variant* DeepCopy::new_copy(qm_variant& source, Findable findable) {
   auto copy = source.copy_without_children();
   if (!copy) return nullptr;
-  const bool added = again == Again::maybe ? copies_.add_findable(&source, copy.get())
-                                           : copies_.add(&source, copy.get());
+  const bool added = findable == Findable::yes ? copies_.add_findable(&source, copy.get())
+                                               : copies_.add(&source, copy.get());
   return added ? copy.release() : nullptr;
 }
 
 // The copy that one holder gets, with a reference for it. Each holder has a reference of its own, so
 // a child with a single one is not met again.
 qm_variant* DeepCopy::copy_child(qm_variant& child) {
-  if (child.references() == 1) return new_copy(child, Again::never);
+  if (child.references() == 1) return new_copy(child, Findable::no);
   qm_variant* known = copies_.find(&child);
-  if (known == nullptr) return new_copy(child, Again::maybe);
+  if (known == nullptr) return new_copy(child, Findable::yes);
   known->add_reference();
   return known;
 }
@@ -47,7 +47,7 @@ bool DeepCopy::copy_children(ChildList from, ChildList to) {
 }
 
 bool DeepCopy::make(qm_variant& source) {
-  if (new_copy(source, Again::maybe) == nullptr) return false;
+  if (new_copy(source, Findable::yes) == nullptr) return false;
   for (std::size_t at = 0; at < copies_.size(); ++at) {
     const CopyMap::Pair pair = copies_[at];
     const bool is_container = pair.source->kind() == Kind::container;

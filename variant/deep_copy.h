@@ -23,9 +23,9 @@ class DeepCopy {
   qm_variant* take();
 
  private:
-  enum class Again { never, maybe };  // whether the source can be met once more
+  enum class Findable { no, yes };  // by its source, which may be met once more
 
-  qm_variant* new_copy(qm_variant& source, Again again);
+  qm_variant* new_copy(qm_variant& source, Findable findable);
   qm_variant* copy_child(qm_variant& child);
   bool copy_children(ChildList from, ChildList to);
 

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <tuple>
 
 #include "kernel/base/growable_array.h"
 #include "platform/directory.h"
@@ -38,16 +39,15 @@ void lower_case(qm_wchar* text) {
   for (; *text != 0; ++text) *text = platform::lower_case(*text);
 }
 
-// The paths found so far.
-class Findings {
+class FoundPaths {
  public:
-  ~Findings() {
+  ~FoundPaths() {
     for (qm_wchar* path : paths_) platform::heap_free(path);
   }
   bool add(const qm_wchar* path) {
     OwnedText copy = copy_text(path);
     if (!copy || !paths_.append(copy.get())) return false;
-    static_cast<void>(copy.release());
+    std::ignore = copy.release();
     return true;
   }
   std::int32_t hand_over(qm_wchar*** results) {
@@ -75,8 +75,8 @@ std::uint32_t classify(const qm_wchar* path, bool is_hidden) {
 
 class Search {
  public:
-  Search(const qm_wchar* lower_case_pattern, std::uint32_t flags, Findings& findings)
-      : pattern_(lower_case_pattern), flags_(flags), findings_(findings) {}
+  Search(const qm_wchar* lower_case_pattern, std::uint32_t flags, FoundPaths& found)
+      : pattern_(lower_case_pattern), flags_(flags), found_(found) {}
 
   // False, with errno, when the search has to be abandoned.
   bool run(const qm_wchar* directory, std::int32_t depth);
@@ -95,7 +95,7 @@ class Search {
 
   const qm_wchar* pattern_;
   std::uint32_t flags_;
-  Findings& findings_;
+  FoundPaths& found_;
 };
 
 // "*.*" is to match names without an extension, too.
@@ -122,7 +122,7 @@ bool Search::visit(const Level& level, const platform::DirectoryEntry& entry) {
   const bool descends = (bits & kFindDirectories) != 0 && level.depth != 0 && is_whole &&
                         !entry.is_link && wants(bits & ~kKinds);
   if (descends && !run(path, level.depth < 0 ? level.depth : level.depth - 1)) return false;
-  if (!wants(bits) || !matches(entry.name) || findings_.add(path)) return true;
+  if (!wants(bits) || !matches(entry.name) || found_.add(path)) return true;
   errno = ENOMEM;
   return false;
 }
@@ -157,10 +157,10 @@ std::int32_t find_files(const qm_wchar* directory, const qm_wchar* pattern, qm_w
   if (!lower_case_pattern) return failed(ENOMEM);
   lower_case(lower_case_pattern.get());
 
-  Findings findings;
-  Search search(lower_case_pattern.get(), normal_flags(flags), findings);
+  FoundPaths found;
+  Search search(lower_case_pattern.get(), normal_flags(flags), found);
   if (!search.run(directory, depth)) return -1;
-  return findings.hand_over(results);
+  return found.hand_over(results);
 }
 
 }  // namespace qmsd
