@@ -1,5 +1,5 @@
-// The check of the lock order. Ranks rise, so a thread holds at most one lock of each, and a set of
-// bits remembers them all.
+// The check of the lock order. A thread holds at most one lock of each rank, so a word with one bit
+// for each rank records all that it holds.
 #include "kernel/base/lock_order.h"
 
 #ifdef QMSD_CHECK_LOCKS

@@ -11,8 +11,8 @@
 
 namespace qmsd {
 
-// `Table` has a member `lock`, which whoever works in it holds. There is no destructor: nothing may
-// go behind the back of a shutdown that did not come.
+// `Table` has a member `lock` that guards its contents. There is no destructor on purpose: if no
+// shutdown came, threads may still be using the table when static objects are destroyed.
 template <class Table>
 class ProcessWide {
  public:
@@ -32,8 +32,8 @@ class ProcessWide {
     return get() != nullptr;
   }
 
-  // From now on nobody finds the table; it goes when the last one has left it. At process exit the
-  // system takes it as it is: a thread that was killed inside may have torn it.
+  // Takes the table out of sight, waits until nobody holds its lock, and frees it. At process exit
+  // it is left to the system instead: a thread killed inside may have left it inconsistent.
   void destroy() {
     Owner table(table_.exchange(nullptr, std::memory_order_acq_rel));
     if (waiting_given_up()) {

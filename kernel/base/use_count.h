@@ -8,8 +8,8 @@ namespace qmsd {
 
 using UseCount = std::atomic<std::int32_t>;
 
-// Lowers a count unless that would end the entry's life: whoever reads the table may do the first,
-// while the second takes the lock exclusively.
+// Lowers a count unless it would reach 0, which ends the entry's life. So readers of the table can
+// give uses back; only the last use needs the exclusive lock.
 inline bool lower_if_uses_remain(UseCount& uses, std::int32_t by = 1) noexcept {
   std::int32_t now = uses.load(std::memory_order_relaxed);
   while (now > by) {

@@ -14,7 +14,7 @@ std::atomic<bool> g_given_up{false};
 
 void give_up_waiting() noexcept { g_given_up.store(true, std::memory_order_relaxed); }
 
-// A library may be cleaned up before the kernel, and call it once more.
+// The system is asked as well, because a library that is cleaned up before this one may still call.
 bool waiting_given_up() noexcept {
   return g_given_up.load(std::memory_order_relaxed) || platform::process_is_ending();
 }

@@ -3,9 +3,9 @@
 
 namespace qmsd {
 
-// At process exit the other threads are gone, perhaps from inside a lock: from this call on, and
-// once the system ends the process, every lock is taken by a try, and its guard goes on whether or
-// not it was free.
+// At process exit the other threads have been killed, perhaps while they held a lock. From this
+// call on, or once the system is ending the process, locks are only tried, and code under a guard
+// runs whether or not the lock was free.
 void give_up_waiting() noexcept;
 bool waiting_given_up() noexcept;
 

@@ -24,7 +24,8 @@ struct HandleRecord {
   std::uint32_t sequence;  // creation order, which is the order of closing at teardown
 };
 
-// The owner as a call needs it after the table's lock is left: the record may die meanwhile.
+// A copy of what a call needs to know of the owner: the record may be destroyed once the table's
+// lock is released.
 struct HandleOwner {
   OwnerKind kind;
   std::uint32_t handle;
@@ -33,7 +34,7 @@ struct HandleOwner {
 
 // The table's lock is held.
 void describe_owner(const HandleRecord& record, HandleOwner& owner);
-// Closes the owner's side of an object; its result is of no interest. No lock may be held.
+// Closes the owner's side of an object and ignores the result. No lock may be held.
 void close_owner(const HandleRecord& record);
 
 }  // namespace qmsd

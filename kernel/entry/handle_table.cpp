@@ -26,7 +26,7 @@ struct HandleTable {
   HandleList list;
 };
 
-// Handles closed at teardown beyond those that lived when it began.
+// How many handles shutdown closes beyond those that were open when it began.
 constexpr std::size_t kLateCloses = 1000;
 
 ProcessWide<HandleTable> g_handles;
@@ -52,7 +52,7 @@ bool borrow(std::uint32_t handle, HandleOwner& owner, std::int32_t& live) {
   return true;
 }
 
-// A handle for the time of a call through it; given back even if an exception ends the call.
+// The reference on a handle that borrow() added, given back even if an exception ends the call.
 class BorrowedHandle {
  public:
   explicit BorrowedHandle(std::uint32_t handle) : handle_(handle) {}

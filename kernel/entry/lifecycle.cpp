@@ -55,7 +55,7 @@ void set_locale_from_environment() {
   std::setlocale(LC_NUMERIC, "C");
 }
 
-// Right before a table goes. A line that could not be made is no reason to stop the shutdown.
+// Traces a table's statistics before it is destroyed. If that fails, shutdown goes on.
 template <class Statistics>
 void report([[maybe_unused]] Statistics statistics) {
   if constexpr (kTracing) {
@@ -111,7 +111,7 @@ void thread_detach() noexcept { error_thread_clear(); }
 void capture_application_name() noexcept {
   platform::executable_name(g_application_name, kApplicationNameSize);
   g_application_name[kApplicationNameSize - 1] = 0;
-  // The name in use keeps its directory: two installations of one host must tell apart in logs.
+  // With its directory, so that logs tell two installations of one host apart.
   g_application_name_in_use = g_application_name[0] != 0 ? g_application_name : "NOAPP";
 }
 

@@ -16,17 +16,17 @@ void thread_detach() noexcept;
 const char* application_name() noexcept;
 void capture_application_name() noexcept;
 
-// From the end of what the first calls do to the last step of detach. Every call asks for it, so it
-// is read in place, and nothing else has to be looked at while it holds.
+// True from when the first calls have done their part of start-up until the last step of detach.
+// Inline, because it spares every call the three checks below.
 inline std::atomic<bool> g_kernel_runs{false};
 inline bool kernel_runs() noexcept { return g_kernel_runs.load(std::memory_order_relaxed); }
 
-// Set by the last step of detach: from then on only the get-error codes answer.
+// True after the last step of detach: only the get-error codes answer then.
 bool kernel_closed() noexcept;
 
-// The texts and groups of the property store are loaded once, by attach or by the first call.
+// Loads texts and groups from the property store; done by attach, or else by the first call.
 void load_tables_once();
-// After that the first call pins the numeric locale to "C".
+// Pins the numeric locale to "C"; done by the first call after the tables were loaded.
 void pin_numeric_locale_once() noexcept;
 
 }  // namespace qmsd

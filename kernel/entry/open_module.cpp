@@ -15,9 +15,9 @@
 namespace qmsd {
 namespace {
 
-// A module may define fields behind the three that the kernel knows, so it has to see the caller's
-// own record. Name and group are lent to it as copies, which an alias may replace, and the caller's
-// pointers come back at the end.
+// A module may define fields behind the three that the kernel knows, so it is given the caller's
+// own record. For the length of the call name and group are copies, because an alias may replace
+// them; the destructor puts the caller's pointers back.
 class LentRecord {
  public:
   explicit LentRecord(qm_open_module_w& record)

@@ -12,7 +12,7 @@
 namespace qmsd {
 namespace {
 
-// A closed kernel may have lost even its static objects: nothing but the record is touched.
+// Even static objects may be gone once the kernel is closed: nothing but the record is touched.
 std::int32_t answer_closed(std::uint32_t function, void* params) noexcept {
   switch (function) {
     case QM_CALL_GETERRORW:

@@ -36,8 +36,8 @@ bool wants_arguments(const qm_wchar* format) {
   return false;
 }
 
-// A record holds a pointer to the list where lists are arrays, else the list itself. It stays the
-// caller's: only a copy is used up.
+// The record's pointer is the va_list itself, or its address on systems where a va_list is an
+// array. Formatting uses a copy, so the caller's list stays as it is.
 template <class List>
 void expand(qm_wchar* text, const qm_wchar* format, void* arguments) {
   va_list list;
@@ -85,7 +85,7 @@ void combine(std::uint32_t mode, qm_wchar* result, WideView code_text, WideView 
   }
 }
 
-// Narrow formats mean narrow text by %s. Every "%s" is changed, even behind another %.
+// In a narrow format %s means narrow text, which is %S in a wide one. "%%s" is changed as well.
 void let_strings_be_narrow(qm_wchar* format) {
   for (; *format != 0; ++format) {
     if (format[0] == '%' && format[1] == 's') format[1] = 'S';

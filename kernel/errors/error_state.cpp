@@ -1,4 +1,4 @@
-// Records the kernel's own errors, and lends the state out.
+// Records the kernel's own errors; saves and restores a thread's error.
 #include "kernel/errors/error_state.h"
 
 #include <cstdarg>

@@ -26,7 +26,7 @@ bool refuse(const qm_wchar* condition, Values... values) {
 // Start-up and shutdown of the three per-thread values; each of them may be missing.
 void error_state_create();
 void error_state_destroy();
-// A new thread begins without values; a thread that ends frees its own. Neither takes a lock.
+// For a thread that begins (it has no values yet) and one that ends (frees its own). No lock.
 void error_thread_reset() noexcept;
 void error_thread_clear() noexcept;
 

@@ -1,4 +1,4 @@
-// What messages are made of. For this room only.
+// The parts of an error message. For this room only.
 #pragma once
 
 #include <cstddef>

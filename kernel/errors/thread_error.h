@@ -12,7 +12,7 @@
 
 namespace qmsd {
 
-// What stands for the values of a slot that is missing.
+// Read, and reported, in place of the values of a slot that is missing.
 inline constexpr const qm_wchar* kNoSlot = QM_W("No thread-local key");
 
 // A message is written into whatever buffer the thread's slot holds, so each one that may come to
