@@ -21,8 +21,8 @@ class BlockList {
   enum class Found { block, damage, nothing, empty };
   Found find(const void* data, std::size_t& index) const;
 
-  // The lowest free place. When there is none the count goes up first and stays up even if there is
-  // no memory for the new place, which is then null to everybody.
+  // Finds the lowest free place. When there is none the count is raised first, and stays raised
+  // even if there is no memory for the new place, which then reads as free.
   bool claim_place(std::size_t& index);
 
   // Free places included.

@@ -22,11 +22,11 @@ struct BlockRecord {
   BlockRecord(const BlockRecord&) = delete;
   BlockRecord& operator=(const BlockRecord&) = delete;
 
-  // Allocates the block of a new record. A record that could not be completed keeps what it has got
-  // and is damaged in the eyes of everybody. `file` may be null.
+  // Allocates the block of a new record. If memory runs out the record stays half-built, and
+  // header_sound() reports it as damaged. `from_file` may be null.
   bool build(std::int32_t wanted, std::int32_t guard_width, const char* from_file,
              std::int32_t from_line);
-  // On failure the block is as it was. Without a file the position stays.
+  // On failure the block is unchanged. Without a file the recorded position stays.
   bool resize(std::int32_t wanted, std::int32_t guard_width, const char* from_file,
               std::int32_t from_line);
 
@@ -42,7 +42,7 @@ struct BlockRecord {
   std::byte* data = nullptr;  // the user area
   std::int32_t size = 0;      // bytes asked for
   std::int32_t capacity = 0;  // the same rounded up to a multiple of 4
-  std::int32_t line = 0;      // where the caller asked, if he told
+  std::int32_t line = 0;      // of the caller, if given
   OwnedNarrow file;
 };
 

@@ -41,8 +41,8 @@ bool memory_size(qm_mem_size* record) {
   });
 }
 
-// A pointer that is not ours is reported without the position: that is where the block was to be
-// resized, while the message is about where it comes from.
+// An unknown pointer is reported without the position: the message would show it as the place
+// where the block comes from, and it is where the block was to be resized.
 bool memory_realloc_position(qm_realloc_pos& record) {
   TrackedHeap* heap = heap_or_fail();
   if (heap == nullptr) return false;

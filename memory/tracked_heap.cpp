@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kUnknownFile = "unknown file";
 
-// The places where memory can run out. Messages name them by the numbers they have always had.
+// The steps at which memory can run out, by the numbers that messages have always given them.
 enum FailurePoint : std::int32_t { kGrowingList = 195, kNewBlock = 199, kResizing = 202 };
 
 bool exhausted(std::int32_t size, FailurePoint point) {
@@ -25,7 +25,7 @@ const char* file_of(const BlockRecord& record) {
 
 bool wanted(const char* buffer, std::int32_t size) { return buffer != nullptr && size != 0; }
 
-// The first bytes as characters and in hexadecimal; what is not there shows as blank and 00.
+// The first eight bytes as characters and in hexadecimal; missing ones show as blank and 00.
 void dump(const BlockRecord& record, char* buffer, std::int32_t size) {
   unsigned hex[8] = {};
   int shown[8];
@@ -66,8 +66,8 @@ bool TrackedHeap::reallocate(void** pointer, std::int32_t size, const char* file
                              : change(pointer, size, file, line);
 }
 
-// A record that cannot be completed is left in its place on purpose: from then on the list counts
-// as damaged, which the check tells.
+// A record that cannot be completed stays in the list on purpose: the list then counts as damaged,
+// and check() reports it.
 bool TrackedHeap::allocate(void** pointer, std::int32_t size, const char* file, std::int32_t line) {
   if (size == 0) return true;
   std::size_t index;

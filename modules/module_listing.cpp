@@ -101,7 +101,7 @@ class Listing {
   std::size_t version_places_ = 0;
 };
 
-// The entries as they are: not expanded, and searched as often as they are named.
+// Entries are taken literally: not expanded, and searched again if named twice.
 void search_path_variable(Listing& listing) {
   qm_wchar value[kVariableLength];
   platform::read_variable("PATH", value, kVariableLength);

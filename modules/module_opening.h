@@ -11,8 +11,8 @@ namespace qmsd {
 struct OpenedModule {
   OwnedLibrary library;
   qm_wchar path[kModuleTextLength] = {};
-  const qm_module_info* info = nullptr;        // what the module tells about itself
-  const qm_extended_info* extended = nullptr;  // its export of the extended kind
+  const qm_module_info* info = nullptr;        // the basic record, exported or asked for
+  const qm_extended_info* extended = nullptr;  // the exported record, if it is of the extended kind
   OwnedText resolved;                          // the name behind the alias, null without one
   OwnedText group;                             // what came with the alias, perhaps empty
 };

@@ -31,8 +31,7 @@ struct ModuleRecord {
   OpenedModule module;
   bool ready = false;  // may be called
 
-  // Above 0 as long as the record is in the table, where the lowering that would end that takes the
-  // exclusive lock.
+  // Above 0 while the record is in the table; see use_count.h.
   UseCount users{1};
 
   // A tracked block, read on first request.

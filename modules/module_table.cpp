@@ -10,7 +10,7 @@
 namespace qmsd {
 namespace {
 
-// The order in which records stand, and from its end the order in which the shutdown unloads them.
+// The order of the records. Shutdown unloads them from the end.
 bool stands_before(const ModuleRecord& a, const ModuleRecord& b) {
   const int order = WideView(a.name.get()).compare(b.name.get());
   if (order != 0) return order > 0;
@@ -73,7 +73,7 @@ bool ModuleTable::publish(ModuleRecord& record, OpenedModule& opened) {
   }
   records_.erase(position(&record));
   record.module = std::move(opened);
-  // The place that it has just left is still there.
+  // Cannot fail: erasing has left room for one.
   return insert(record);
 }
 
@@ -132,7 +132,8 @@ ModuleRecord* ModuleTable::find(const qm_wchar* name) const {
       last = middle;
     }
   }
-  // Records stand by their asked names, so halving may have passed by one that an alias renamed.
+  // Records are ordered by the names they were asked for, so the binary search may miss one that an
+  // alias renamed.
   const auto found =
       std::find_if(records_.begin(), records_.end(),
                    [wanted](const ModuleRecord* r) { return WideView(r->key()) == wanted; });

@@ -15,8 +15,8 @@ namespace qmsd {
 
 using ModuleOwner = platform::HeapOwner<ModuleRecord>;
 
-// A counted use of a ready module. The record lives as long as no other caller gives back uses that
-// are not his; the id tells it from a later record at the same address.
+// A counted use of a ready module. It keeps the record alive, unless somebody gives back more uses
+// than he took; for that case the id tells the record from a later one at the same address.
 struct ModuleUse {
   ModuleRecord* record = nullptr;
   std::uint32_t id = 0;
@@ -30,18 +30,18 @@ class ModuleTable {
 
   // Looks the name up; a ready module gets one more use. Null is never found.
   Found take(const qm_wchar* name, ModuleUse& use);
-  // Takes uses back. The record when it had no more: it is then out of the table.
+  // Gives uses back. If none is left the record leaves the table and is returned.
   [[nodiscard]] ModuleOwner give_back(const ModuleUse& use, std::int32_t uses);
 
   // Enters a record, not ready and with one use. When it is not added the caller keeps it.
   Added add(ModuleOwner& record);
-  // Gives the record what opening found, at once for all to see. False, and nothing has changed,
-  // when another record has the resolved name already.
+  // Moves what opening found into the record, in one step under the lock. False, with nothing
+  // changed, if another record has the resolved name already.
   bool publish(ModuleRecord& record, OpenedModule& opened);
   void mark_ready(ModuleRecord& record);
-  // Takes a record out that did not become ready.
+  // Takes out a record whose loading failed.
   [[nodiscard]] ModuleOwner remove(const ModuleRecord& record);
-  // How many records have ceased to be loading, counted by both of these.
+  // Counts the loads that have ended, by mark_ready() or by remove().
   std::uint32_t ended_loads() const { return ended_loads_.load(); }
 
   // The last record in the order of unloading; null when there is none, or the table may be torn.

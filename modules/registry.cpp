@@ -1,5 +1,4 @@
-// Calls by module name: loading on the first call, waiting while another thread loads, and what
-// becomes of the uses.
+// Calls by module name: loads on the first call, waits while another thread loads, counts the uses.
 #include "modules/registry.h"
 
 #include <utility>
@@ -20,7 +19,7 @@ namespace {
 
 ProcessWide<ModuleTable> g_modules;
 
-// Modules closed at shutdown; whatever their clean-up code loads beyond that is abandoned.
+// How many modules shutdown closes: their clean-up code may load new ones without end.
 constexpr int kMaxCloses = 1000;
 
 struct Call {
@@ -36,28 +35,28 @@ struct Call {
   }
 };
 
-// The bound on waiting for another thread that loads a module. It is all that ends the deadlock of
-// two threads of which one holds the loader's lock and wants what the other is loading.
+// Limits the wait for a module that another thread is loading. Without a limit two threads would
+// deadlock when one holds the loader's lock and wants what the other is loading.
 class BoundedWait {
  public:
   void start() {
     if (start_ == kNotStarted) start_ = platform::monotonic_milliseconds();
   }
   bool is_over() const { return start_ != kNotStarted && elapsed() > kLimit; }
-  // One step, over early when a load has ended since `ended_loads` was read: threads that open one
-  // alias at once look it up one after another, and each of them would cost the others a step.
+  // Sleeps one step, or until a load has ended since `ended_loads` was read. Without the early end
+  // threads that open the same alias would wait a full step for each one ahead of them.
   void sleep(const ModuleTable& modules, std::uint32_t ended_loads) {
     start();
     const std::int64_t end = elapsed() + (elapsed() < kLimit / 2 ? 100 : 250);
     do {
-      platform::sleep_milliseconds(kLook);
+      platform::sleep_milliseconds(kPoll);
     } while (elapsed() < end && modules.ended_loads() == ended_loads);
   }
 
  private:
   static constexpr std::int64_t kNotStarted = -1;
   static constexpr std::int64_t kLimit = 2000;  // milliseconds
-  static constexpr std::uint32_t kLook = 5;     // milliseconds
+  static constexpr std::uint32_t kPoll = 5;     // milliseconds
 
   std::int64_t elapsed() const { return platform::monotonic_milliseconds() - start_; }
 
@@ -83,7 +82,7 @@ std::int32_t call_loaded(ModuleTable& modules, const ModuleUse& use, const Call&
   return result;
 }
 
-// A new record in the table, which goes again unless its loading is finished.
+// A new record in the table, removed again unless finish() is called.
 class LoadingRecord {
  public:
   LoadingRecord(ModuleTable& modules, const qm_wchar* name) : modules_(modules) {
@@ -115,7 +114,7 @@ class LoadingRecord {
   ModuleRecord* record_ = nullptr;
 };
 
-// A module's first call: how it learns whom to call.
+// The first call to a module tells it how to call the kernel.
 void tell_kernel_entry(ModuleRecord& record) {
   qm_kernel_entry notice{&qm_call};
   call_module(record, 0, QM_CALL_SETKERNELENTRY, &notice);

@@ -9,7 +9,7 @@
 
 namespace qmsd {
 
-// What becomes of the module use that a call takes on a module already loaded.
+// Every call on a loaded module takes a use of it. The mode says whether it is given back.
 enum class UseMode {
   instance,  // open keeps it, close drops the opener's as well, any other call gives it back
   group,     // always given back

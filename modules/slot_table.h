@@ -34,7 +34,7 @@ class SlotTable {
   Created create(Slot*& slot);
   // Null when there is no such slot.
   Slot* find(std::int32_t id) const;
-  // One user more; false when that were one too many (the raise stands).
+  // Adds a user; false if that reaches the largest count, though the user stays counted.
   static bool join(Slot& slot) noexcept;
   // One user less; the slot goes with the last one.
   void release(Slot& slot);

@@ -8,7 +8,7 @@
 
 namespace qmsd {
 
-// False when memory is exhausted. Tests run out of ids sooner than at the last one there is.
+// False when memory is exhausted. Tests pass a smaller `last_id`, to run out of ids.
 bool slots_create(std::int32_t last_id = SlotTable::kLastId);
 void slots_destroy();  // frees every cell, whoever uses it
 

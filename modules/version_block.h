@@ -23,8 +23,8 @@ enum class VersionTable { found, no_translation, no_string_table };
 // Walks the entries of one string table.
 class VersionEntries {
  public:
-  // The next entry that has a text; both views lie in the block. False at the end, which damage
-  // brings early.
+  // The next entry that has a text; both views lie in the block. False at the end, or at the first
+  // damaged entry.
   bool next(WideView& key, WideView& value);
 
  private:
