@@ -81,6 +81,16 @@ FIELD(qm_mem_info, line, 5, 36);
 FIELD(qm_mem_info, capacity, 6, 40);
 FIELD(qm_mem_info, pointer, 7, 48);
 
+RECORD(qm_slot, 2, 16);
+FIELD(qm_slot, id, 0, 0);
+FIELD(qm_slot, data, 1, 8);
+
+RECORD(qm_file, 4, 24);
+FIELD(qm_file, data, 0, 0);
+FIELD(qm_file, filename, 1, 8);
+FIELD(qm_file, size, 2, 16);
+FIELD(qm_file, kind, 3, 20);
+
 RECORD(qm_open_module_w, 3, 24);
 FIELD(qm_open_module_w, name, 0, 0);
 FIELD(qm_open_module_w, group, 1, 8);
