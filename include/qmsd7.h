@@ -566,7 +566,7 @@ typedef struct qm_variant_array {
 } qm_variant_array;
 
 /* QM_CALL_VARIANTPATHW: finds a variant below another by a path such as "L,N=size" or "a/b[2]".
- * Errors: 22 "(path)", "(root)", "(syntax)", "(parent)", "(type)", "(ix)"; 2 nothing there; each of
+ * Errors: 22 "(path)", "(root)", "(syntax)", "(type)", "(ix)"; 2 nothing there; each of
  * the later ones with the position in the path.                                                 */
 typedef struct qm_variant_path_w {
   qm_variant* root;     /* in                                                                    */
