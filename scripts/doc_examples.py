@@ -5,7 +5,8 @@ usage: doc_examples.py PROGRAM.c|PROGRAM.cpp SOURCE...
 
 The examples of a document are the fenced blocks marked "c run" or "cpp run", by the program's
 language; those of a header are the lines indented by four in its /// comments. In C++ `kernel` is
-the linked kernel. `check(condition)` ends the program when it does not hold.
+the linked kernel. `check(condition)` ends the program when it does not hold; in C
+`call_on_another_thread` takes what qm_call() takes.
 """
 import pathlib
 import re
@@ -20,11 +21,29 @@ static void check_at(int passed, const char* file, int line, const char* what) {
 #define check(condition) check_at((condition) != 0, __FILE__, __LINE__, #condition)
 """
 
-C_HEAD = """#include <qmsd7.h>
+C_HEAD = """#include <pthread.h>
+#include <qmsd7.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-""" + CHECK
+""" + CHECK + """
+struct call { uint32_t handle, function; void* record; int32_t result; };
+
+static void* make_call(void* context) {
+  struct call* call = context;
+  call->result = qm_call(call->handle, call->function, call->record);
+  return NULL;
+}
+
+__attribute__((unused)) static int32_t call_on_another_thread(uint32_t handle, uint32_t function,
+                                                              void* record) {
+  struct call call = {handle, function, record, 0};
+  pthread_t thread;
+  check(pthread_create(&thread, NULL, make_call, &call) == 0);
+  check(pthread_join(thread, NULL) == 0);
+  return call.result;
+}
+"""
 
 CPP_HEAD = """#include <qm/client.hpp>
 #include <qm/module.hpp>
