@@ -14,6 +14,8 @@ check_layers() { python3 scripts/check_layers.py; }
 
 check_text_rules() { python3 scripts/check_text.py; }
 
+check_reference() { python3 scripts/check_reference.py; }
+
 check_format() { project_sources | xargs -0 clang-format-14 --dry-run --Werror; }
 
 check_scripts() { shellcheck --external-sources run scripts/wine .ci/run; }

@@ -54,6 +54,7 @@ run_check() {
 run_source_checks() {
   run_check "layers" check_layers
   run_check "text rules" check_text_rules
+  run_check "reference" check_reference
   run_check "format" check_format
 }
 
