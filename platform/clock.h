@@ -1,4 +1,4 @@
-// Monotonic time, sleeping, and whose time it is. Nothing here fails; any thread may call it.
+// Monotonic time, sleeping, and the calling thread. Nothing here fails; any thread may call it.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,10 @@ namespace qmsd::platform {
 
 // Milliseconds since an arbitrary start; never runs backwards.
 std::int64_t monotonic_milliseconds() noexcept;
-// At least that long; 0 only gives the processor away.
+// Sleeps at least that long; 0 only yields the processor.
 void sleep_milliseconds(std::uint32_t milliseconds) noexcept;
 
-// Names the calling thread among those that live; 0 is never a thread.
+// Unique among the threads that are alive; never 0.
 std::uintptr_t current_thread_id() noexcept;
 
 }  // namespace qmsd::platform

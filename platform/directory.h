@@ -11,7 +11,7 @@ extern const qm_wchar kListSeparator;  // between the entries of PATH: ';' or ':
 struct DirectoryEntry {
   const qm_wchar* name;  // without its directory
   bool is_hidden;        // natively: begins with a dot
-  bool is_link;          // leads elsewhere
+  bool is_link;          // a symbolic link or the like
 };
 
 // Walks the entries whose names match `pattern` ("*" and "?", and case, as the system takes them),

@@ -28,14 +28,14 @@ int binary_places(double magnitude) {
   return lowest_place - std::countr_zero(mantissa);
 }
 
-// to_chars() rounds a number that is half way between two decimals of so many places to the even
-// one. Such a number has one binary place more; not all that have are ties if the place is in front
-// of the decimal point.
+// Whether the number may lie half way between two decimals of so many places, which to_chars()
+// rounds to even. Such a tie has exactly one binary place more; in front of the decimal point not
+// every number that has is one.
 bool may_be_tie(double magnitude, int places) {
   return magnitude != 0 && binary_places(magnitude) == places + 1;
 }
 
-// Adds one in the last place. True when there were only nines, which are zeros now.
+// Adds one in the last place. True on overflow: the digits were all nines and are zeros now.
 bool increment(std::span<char> digits) {
   for (std::size_t at = digits.size(); at-- > 0;) {
     char& digit = digits[at];
@@ -115,8 +115,8 @@ void NumberText::set_exponent(char letter, int exponent, std::size_t least_digit
   suffix_length_ = static_cast<std::size_t>(std::copy(digits, end, to) - suffix_);
 }
 
-// Cuts the body, which holds all digits of a number, and rounds away from zero what is half way.
-// True when all that is left are zeros and one has to come in front of them.
+// Rounds the body, which holds all digits of the number, to so many places; ties go away from zero.
+// True on overflow: only zeros are left, and a one has to come in front of them.
 bool NumberText::round_body(int places) noexcept {
   const std::size_t point = body().find('.');
   const std::size_t end = point + 1 + static_cast<std::size_t>(places);

@@ -58,7 +58,7 @@ class Output {
   bool good_ = true;
 };
 
-// An argument list that can be handed on by reference on every system.
+// Owns a copy of the list: a va_list is an array on some systems and cannot be passed by reference.
 class Arguments {
  public:
   explicit Arguments(va_list list) noexcept { va_copy(list_, list); }
@@ -242,7 +242,7 @@ class Formatter {
       return print_padded(conversion, &character, 1);
     }
     const Other other = static_cast<Other>(argument);
-    // One that has no form of this kind leaves nothing behind, not even a failure.
+    // A character that cannot be converted prints as nothing, which is no failure.
     print_padded(conversion, &other, convert(&other, 1).taken);
   }
 

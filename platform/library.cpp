@@ -1,4 +1,4 @@
-// The answers of the system about its directories, and those of a test in their place.
+// Paths that the system knows, unless a test has set others.
 #include "platform/library.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace {
 std::atomic<const qm_wchar*> other_system_directory{nullptr};
 std::atomic<bool> executable_name_hidden{false};
 
-// False when there is nothing to put in the system's place.
+// False when no test has set a directory.
 bool answer_instead(qm_wchar* buffer, std::size_t length) {
   const qm_wchar* other = other_system_directory.load(std::memory_order_acquire);
   if (other == nullptr) return false;

@@ -3,9 +3,9 @@
 
 namespace qmsd::platform {
 
-// True from when the system ends the process: the other threads are gone by then, wherever they
-// were, and libraries clean up one after another. Natively threads live on until the very end, so
-// there it is never true. Enters no lock.
+// True once the system is ending the process: the other threads have been killed wherever they
+// were, and libraries are cleaned up one after another. Never true natively, where threads live on
+// until the very end. Takes no lock.
 bool process_is_ending() noexcept;
 
 }  // namespace qmsd::platform

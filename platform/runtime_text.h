@@ -1,4 +1,4 @@
-// The runtime library's own words, and what has to be awake before them. Any thread may call these.
+// Texts of the runtime library, its warm-up, and lines for the developer. For any thread.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,8 @@ namespace qmsd::platform {
 // above 0. Keeps errno.
 void runtime_error_text(int code, char* buffer, std::size_t size) noexcept;
 
-// Resolves what the runtime resolves on first use, while no lock is held: a routine that needs the
-// loader lock for it must not be called for the first time under a kernel lock.
+// Calls what the runtime sets up lazily, while no lock is held: the first call of such a routine
+// may take the loader's lock, so it must not come under a kernel lock.
 void warm_up_runtime() noexcept;
 
 // A line for the developer, without a line end: to the debugger's output (Windows) or stderr.

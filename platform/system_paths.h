@@ -1,4 +1,4 @@
-// Where the system says things are. library.cpp alone asks, and lets tests answer instead.
+// Paths that the system knows. Only library.cpp asks, so that tests can answer instead.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// How tests make the system fail, or answer something else. The kernel calls none of this. Each
-// setting holds for the whole process until it is changed.
+// For tests: makes the system fail or answer differently. The kernel calls none of this. A setting
+// holds for the whole process until it is changed.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ void set_allocation_gate(AllocationGate gate) noexcept;
 void set_system_directory(const qm_wchar* directory) noexcept;
 void hide_executable_name(bool hidden) noexcept;
 
-// semaphore.h: semaphores first used from now on do without the system's object, where there is one.
+// semaphore.h: semaphores first used from now on do without a system object. No effect natively.
 void refuse_system_semaphores(bool refused) noexcept;
 
 // thread_slot.h: create() fails for the next `count` slots.

@@ -1,4 +1,4 @@
-// The life of a thread slot, and how tests see it end before it began.
+// Creating and destroying thread slots, and how tests make creating fail.
 #include "platform/thread_slot.h"
 
 #include <atomic>

@@ -26,7 +26,7 @@ using OpenDirectory = std::unique_ptr<DIR, CloseDirectory>;
 
 bool is_entry(std::string_view name) { return name != "." && name != ".."; }
 
-// On a mismatch it goes back to the last star, which then takes one character more.
+// On a mismatch the last star takes one more character and matching resumes behind it.
 bool matches(WideView name, WideView pattern) {
   std::size_t at = 0;
   std::size_t in_pattern = 0;

@@ -44,7 +44,7 @@ const char* value_of(WideView name) {
   return narrow_utf8(terminated, narrow, sizeof narrow) ? std::getenv(narrow) : nullptr;
 }
 
-// A text that grows beyond its buffer in length alone.
+// Writes what fits and counts the rest.
 class Expansion {
  public:
   Expansion(qm_wchar* buffer, std::size_t room) : buffer_(buffer), room_(room) {}

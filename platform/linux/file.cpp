@@ -28,8 +28,8 @@ int os_open_for_reading(const qm_wchar* path) {
   return ::open(SystemPath(path).c_str(), O_RDONLY | O_CLOEXEC);
 }
 
-// A directory opens here, other than on Windows, so it is refused now and not by the first read.
-// Files that the system makes up as they are read tell no size, but may refuse the seeking.
+// Unlike on Windows a directory can be opened, so it is refused here, before the first read. Files
+// that the system generates on the fly report size 0, so seeking decides about them.
 std::int64_t os_size(int descriptor) {
   struct stat found;
   if (::fstat(descriptor, &found) != 0) return -1;

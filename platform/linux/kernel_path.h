@@ -8,7 +8,7 @@
 
 namespace qmsd::platform {
 
-// A path in the system's form. A path that is too long becomes one that nothing can be at.
+// A path in the system's form. One that is too long becomes empty, which names nothing.
 class SystemPath {
  public:
   explicit SystemPath(const qm_wchar* path) noexcept {

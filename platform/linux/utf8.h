@@ -1,6 +1,5 @@
-// File names and variables are bytes to this system, by custom UTF-8, whatever the locale.
-// Bytes that are no UTF-8 travel as the lone surrogates 0xDC80 to 0xDCFF, so that every name comes
-// back as it was.
+// File names and variables are bytes here, UTF-8 by convention, whatever the locale. Other bytes
+// become the lone surrogates 0xDC80 to 0xDCFF, so that every name survives the round trip.
 #pragma once
 
 #include <cstddef>

@@ -30,7 +30,7 @@ class RegularFile {
   explicit RegularFile(const qm_wchar* name) noexcept {
     char path[PATH_MAX];
     if (!narrow_utf8(name, path, sizeof path)) return;
-    // A pipe of that name must not keep us waiting for its other end.
+    // Does not block should the name be that of a pipe.
     descriptor_ = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     struct stat status {};
     if (descriptor_ < 0 || ::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return;

@@ -27,7 +27,7 @@ template <class Char>
 Variable read(const char* name, Char* buffer, std::size_t length) {
   const KeepErrors keep;
   buffer[0] = 0;
-  // An empty value, too, is answered with 0; only the last error tells.
+  // The result is 0 for an empty value as well; only the last error tells them apart.
   ::SetLastError(ERROR_SUCCESS);
   const DWORD written = fetch(name, buffer, static_cast<DWORD>(length));
   if (written == 0 && ::GetLastError() == ERROR_ENVVAR_NOT_FOUND) return Variable::missing;

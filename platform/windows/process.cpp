@@ -14,8 +14,8 @@ Query find_query() {
   return reinterpret_cast<Query>(reinterpret_cast<void (*)()>(found));
 }
 
-// Looked up while the library is loaded: the look-up takes the loader's lock, which nobody may wait
-// for who waits for a lock of ours.
+// Looked up while this library is loaded: the look-up takes the loader's lock, which a thread that
+// waits for one of our locks must not wait for.
 const Query query = find_query();
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What is at a path, asked of the system each time, and how missing directories come to be.
+// The status of paths, asked of the system each time, and the making of directories.
 #include "services/files/directories.h"
 
 #include <cerrno>
@@ -35,8 +35,8 @@ qm_wchar* last_backslash(qm_wchar* first, qm_wchar* end) {
   return nullptr;
 }
 
-// Makes the directories above the path that are missing. A loop: names have more parts than the
-// stack has room for.
+// Makes the missing directories above the path. A loop and no recursion: a long path has more parts
+// than a small stack has room for.
 bool make_parents(const qm_wchar* path) {
   const OwnedText text = copy_text(path);
   if (!text) {
@@ -47,7 +47,7 @@ bool make_parents(const qm_wchar* path) {
   qm_wchar* const whole = text.get() + WideView(text.get()).size();
   qm_wchar* end = whole;
 
-  // Up: the text ends at one backslash after the other until it names a directory.
+  // Up: cut the text at one backslash after the other until it names a directory.
   bool exists = false;
   while (!exists) {
     qm_wchar* const cut = last_backslash(behind_root, end);
@@ -57,7 +57,7 @@ bool make_parents(const qm_wchar* path) {
     exists = is_directory(text.get());
     if (!exists && errno == ENOTDIR) return false;
   }
-  // Down again: somebody else may be faster.
+  // Down again. Another process may have made a directory meanwhile.
   for (; end != whole; exists = false) {
     if (!exists && !create(text.get()) && errno != EEXIST) return false;
     *end = '\\';

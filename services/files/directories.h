@@ -11,7 +11,7 @@ bool is_directory(const qm_wchar* path);
 bool is_regular_file(const qm_wchar* path);
 
 // False with errno: 22 for null, 17 when the directory exists, 20 when something else is there.
-// A root needs no making. The mode is for callers that have one; the system's default is used.
+// True for a root, which always exists. The mode is accepted for POSIX-style callers and ignored.
 bool make_directory(const qm_wchar* path, bool recursive, int mode);
 
 }  // namespace qmsd

@@ -7,8 +7,8 @@
 
 namespace qmsd {
 
-// What to find; of each line at least one bit has to fit. Without a bit of a line: regular files,
-// visible entries, any access.
+// What to find: an entry has to fit one of the given bits of each kind. If none of a kind is given:
+// regular files, visible entries, any access.
 enum : std::uint32_t {
   kFindRegular = 0x1,
   kFindDirectories = 0x2,

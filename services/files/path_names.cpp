@@ -76,11 +76,11 @@ void normalise_path(qm_wchar* path) {
   const WideView text(path, static_cast<std::size_t>(end - path));
   if (text.ends_with(kBackslash) && path_root_length(text) < text.size()) --end;
 
-  // A dot goes when two more follow it, looked at in the text as it was.
+  // A dot is dropped when two more follow it in the original text.
   qm_wchar* to = path;
   for (const qm_wchar* from = path; from != end; ++from) {
-    const bool goes = from[0] == '.' && end - from >= 3 && from[1] == '.' && from[2] == '.';
-    if (!goes) *to++ = *from;
+    const bool is_dropped = from[0] == '.' && end - from >= 3 && from[1] == '.' && from[2] == '.';
+    if (!is_dropped) *to++ = *from;
   }
   *to = 0;
 }
@@ -97,7 +97,7 @@ OwnedText expand_filename(OwnedText name) {
     errno = ENOMEM;
     return nullptr;
   }
-  // Between the two questions another thread may have made a variable longer.
+  // Between the two calls another thread may have made a variable longer.
   const std::size_t written = platform::expand_variables(name.get(), expanded.get(), length + 1);
   if (written == 0 || written > length + 1) {
     errno = EFAULT;

@@ -1,4 +1,4 @@
-// One walk over name and pattern with one place to go back to.
+// One pass over name and pattern that only ever backtracks to the last "*".
 #include "services/files/wildcard.h"
 
 #include <cstddef>
@@ -36,8 +36,8 @@ bool match_one(WideView pattern, std::size_t& at, qm_wchar character) {
 
 }  // namespace
 
-// Only the last "*" has to be tried again: what an earlier one took can be given to it as well,
-// since every element but a star takes exactly one character.
+// It is enough to retry the last "*": every other element takes exactly one character, so whatever
+// an earlier star could take more, the last one can take as well.
 bool wildcard_match(WideView name, WideView pattern) {
   if (name == pattern) return true;
   constexpr std::size_t kNone = WideView::npos;

@@ -24,7 +24,7 @@ TextFound copy_out(const IdText& entry, qm_wchar* buffer, std::size_t length) {
   return *entry.text == 0 ? TextFound::empty : TextFound::text;
 }
 
-// The runtime's words for a code that the table does not know; it keeps them, if memory allows.
+// Asks the runtime for the text of an unknown code, and adds it to the table if memory allows.
 TextFound learn(ErrorTexts& errors, std::int32_t code, qm_wchar* buffer, std::size_t length) {
   constexpr std::size_t kRuntimeTextSize = 256;
   char narrow[kRuntimeTextSize];

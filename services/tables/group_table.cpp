@@ -55,7 +55,7 @@ bool groups_set(std::int32_t id, const qm_wchar* text) {
     OwnedText copy = copy_text(text);
     return copy && groups->entries.insert(id, std::move(copy));
   }
-  // A row without a module would be no answer, so it goes when its new text cannot be had.
+  // A row without a module answers nothing, so it goes if there is no memory for its new text.
   const bool replaced = text != nullptr && groups->entries.replace(*row, text);
   if (!replaced) groups->entries.remove(*row);
   return replaced || text == nullptr;

@@ -1,6 +1,6 @@
 // What the group table and the error-text table have in common: 32-bit ids with owned texts in a
-// flat sorted array, a lock, and the claim to load them once. What an absent text means is theirs
-// to say.
+// flat sorted array, a lock, and a flag that they were loaded. What an absent text means is up to
+// each table.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // Numbers in narrow text, read and written alike in every locale: the decimal point is ".".
-// Whoever has wide text narrows its leading ASCII first. Nothing here fails or allocates.
+// For wide text, narrow its leading ASCII first. Nothing here fails or allocates.
 #pragma once
 
 #include <cstddef>

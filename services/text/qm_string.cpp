@@ -18,11 +18,11 @@ namespace {
 
 constexpr std::uint32_t kMaximumCapacity = INT32_MAX;
 
-// From here on a measured size is a converter's way to say that it failed.
+// Converters report failure as one of the largest sizes, from here on.
 constexpr std::size_t kFailedSize = 0xFFFFF000;
 
-// Appending is what callers do with strings inside records of their own, and so where a wild object
-// shows first: no object lives in the lowest 64 KiB or starts exactly on a 16 MiB boundary.
+// Catches appending through a wild pointer, such as to a string in a record that was never made: no
+// object lies in the lowest 64 KiB or starts exactly on a 16 MiB boundary.
 bool is_wild(const qmString* object) {
   const auto address = reinterpret_cast<std::uintptr_t>(object);
   return (address & 0x00FF'FFFF) == 0 || address < 0x1'0000;
@@ -97,7 +97,7 @@ bool qmString::reserve_length(std::uint32_t characters) {
   return true;
 }
 
-// An empty text needs no buffer. Without one the capacity tells nothing.
+// An empty text needs no buffer. Without a buffer the capacity is meaningless.
 bool qmString::make_room(std::uint64_t characters) {
   if (characters == 0) return true;
   if (buffer_ != nullptr && characters < static_cast<std::uint64_t>(capacity_)) return true;
