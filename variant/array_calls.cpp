@@ -18,13 +18,13 @@ namespace {
 
 enum class Direction { read, write };
 
-// Can the buffer's elements be of the type? Single elements can be read as text.
+// Whether the buffer's elements may have the record's type. A single one can also be read as text.
 bool is_buffer_type(const qm_variant_array& record, Direction direction) {
   if (kind_of(record.type) == Kind::scalar) return true;
   return direction == Direction::read && is_text(record.type) && record.count == 1;
 }
 
-// Does the buffer's capacity count for all elements? A single one read is cut to it.
+// Whether all elements have to fit the buffer. A single element that is read is cut to it instead.
 bool must_fit(const qm_variant_array& record, Direction direction) {
   return direction == Direction::write || record.count > 1;
 }

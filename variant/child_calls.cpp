@@ -39,7 +39,7 @@ struct Selection {
   std::int32_t position;
 };
 
-// Where the child is that the record selects.
+// Finds the child that the record selects.
 std::optional<Selection> select(const qm_variant_child& record, ListKind kind) {
   const auto list = list_of(record.holder, kind);
   if (!list) return std::nullopt;
@@ -111,7 +111,7 @@ bool count_named(qm_variant_child& record, ListKind kind) {
   return true;
 }
 
-// By address. Both records name the fields alike.
+// Finds the child by address. Both record types have the same field names.
 template <class Record>
 bool position_of(Record& record, const qm_variant* child, ListKind kind) {
   const VariantsReadGuard guard;

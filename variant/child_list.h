@@ -56,9 +56,10 @@ class ChildList {
   // By address; -1 when it is not in the list.
   std::int32_t position_of(const qm_variant* child) const;
 
-  // Takes a reference of the child's. False, error 12: nothing has changed.
+  // Adds a reference to the child. False, error 12: nothing has changed.
   bool insert(std::int32_t position, qm_variant& child);
-  // Builds a list of adopted references for a list that is empty; false when memory is exhausted.
+  // For filling an empty list with references that are handed over: room for so many children
+  // (false when memory is exhausted), then each of them.
   bool reserve(std::int32_t children);
   void append_reserved(qm_variant& child) noexcept;
   // Hands the list's reference to the caller. A list that becomes empty is freed.

@@ -17,7 +17,7 @@ class CopyMap {
     qm_variant* copy;
   };
 
-  // Null for a source that was not added as one to be found.
+  // Null for a source that was not added by add_findable().
   qm_variant* find(const qm_variant* source) const;
   // False when memory is exhausted. The source has no copy yet.
   bool add(qm_variant* source, qm_variant* copy);

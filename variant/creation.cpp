@@ -102,7 +102,7 @@ bool become_recognised(qm_variant& variant, std::string_view text) {
   return true;
 }
 
-// Text that is not what its flavour hopes for is no failure: the variant then stays plain text.
+// Malformed text is no failure: the variant then holds it as plain text.
 enum class Decoded { yes, malformed, no_memory };
 
 Decoded become_decoded(qm_variant& variant, std::string_view utf8) {
@@ -118,7 +118,7 @@ Decoded become_decoded(qm_variant& variant, std::string_view utf8) {
   return Decoded::yes;
 }
 
-// Texts are looked into once they are copied: only then it is certain where they end.
+// Texts are examined after copying, because only the copy is certain to be terminated.
 bool store_text(qm_variant& variant, const qm_variant_create& request) {
   Bytes data = copy_bytes(request.data, request.size);
   if (!data) return false;

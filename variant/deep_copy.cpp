@@ -26,8 +26,8 @@ qm_variant* DeepCopy::new_copy(qm_variant& source, Findable findable) {
   return added ? copy.release() : nullptr;
 }
 
-// The copy that one holder gets, with a reference for it. Each holder has a reference of its own, so
-// a child with a single one is not met again.
+// The child's copy with a reference for one holder. Every holder has a reference of its own, so
+// a child with a single reference is not met again and need not be found.
 qm_variant* DeepCopy::copy_child(qm_variant& child) {
   if (child.references() == 1) return new_copy(child, Findable::no);
   qm_variant* known = copies_.find(&child);

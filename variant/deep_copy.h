@@ -23,7 +23,7 @@ class DeepCopy {
   qm_variant* take();
 
  private:
-  enum class Findable { no, yes };  // by its source, which may be met once more
+  enum class Findable { no, yes };  // by its source, if that may be met again
 
   qm_variant* new_copy(qm_variant& source, Findable findable);
   qm_variant* copy_child(qm_variant& child);

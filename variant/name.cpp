@@ -26,7 +26,7 @@ qm_wchar* share_name(qm_wchar* name) noexcept {
 void drop_name(qm_wchar* name) noexcept {
   if (name == nullptr) return;
   NameHeader& header = header_of(name);
-  // Whoever holds the only reference need not fear that another thread takes one.
+  // Nobody can add a reference while this is the only one: the first test spares an atomic write.
   const bool is_last = header.references.load(std::memory_order_acquire) == 1 ||
                        header.references.fetch_sub(1, std::memory_order_acq_rel) == 1;
   if (is_last) platform::heap_free(&header);

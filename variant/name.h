@@ -1,5 +1,5 @@
-// The names of variants. A name never changes, so a variant and its copies share one. It is told by
-// its text; what the sharing needs lies in front of that.
+// The names of variants. A name never changes, so a variant and its copies share one. A name is
+// a pointer to its text; length and reference count lie in front of that.
 #pragma once
 
 #include <atomic>
@@ -12,7 +12,7 @@ namespace qmsd {
 
 // With one reference; null when memory is exhausted.
 [[nodiscard]] qm_wchar* make_name(WideView text);
-// Null is a name, too: none.
+// Both accept null, which stands for no name.
 qm_wchar* share_name(qm_wchar* name) noexcept;
 void drop_name(qm_wchar* name) noexcept;  // with the last reference the name goes
 

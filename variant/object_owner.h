@@ -5,7 +5,7 @@
 
 namespace qmsd {
 
-// A module that cannot be opened or refuses leaves its error behind, but stops nobody.
+// If the module cannot be opened, or refuses, its error stays recorded and the caller goes on.
 void take_object(const ObjectOwner& owner);
 void give_object_back(const ObjectOwner& owner);
 

@@ -18,7 +18,8 @@
 namespace qmsd {
 namespace {
 
-// A candidate's value as text. What does not fit is longer than all that the path asks for.
+// Room for a candidate's value as text. It is longer than the path, so a value that is cut to fit
+// matches nothing that the path asks for.
 using ValueText = Scratch<qm_wchar>;
 
 bool has_text(qm_variant& child, WideView wanted, ValueText& value) {
@@ -42,7 +43,7 @@ bool has_value(qm_variant& child, const PathStep& step, ValueText& value) {
                                              : has_integer(child, step.integer);
 }
 
-// What the finder is asked for; a search for a value tries the children one by one.
+// The query for a step. A search by value goes through the matching children one by one.
 ChildQuery query_of(const PathStep& step) {
   const bool searching = step.value != PathStep::Value::any;
   const std::uint32_t index = searching || step.has_index ? QM_FIND_INDEX : 0;
@@ -57,8 +58,8 @@ ChildQuery query_of(const PathStep& step) {
   }
 }
 
-// Null, with an error, for a child that nobody holds any more or an empty place in the list: both
-// come only from callers that wrote into a variant's memory.
+// Null, with an error, for a null entry or a child without references: both occur only if a caller
+// wrote into a variant's memory.
 qm_variant* check_alive(qm_variant* child) {
   if (child == nullptr) {
     refuse(QM_W("(variant)"));
@@ -82,7 +83,7 @@ qm_variant* search(const ChildList& list, const PathStep& step, ValueText& value
     from = *position + 1;
     if (!has_value(*candidate, step, value)) continue;
     if (to_skip == 0) return candidate;
-    // A negative index never comes to its end.
+    // A negative index skips for ever, so nothing is found.
     if (to_skip > 0) --to_skip;
   }
 }
@@ -101,7 +102,7 @@ qm_variant* take_step(qm_variant& parent, const PathStep& step, ValueText& value
   return nullptr;
 }
 
-// Records the current error again, with the position behind it.
+// Records the current error again with the position appended.
 void add_position(std::int32_t position) {
   qm_wchar message[kMessageLength];
   qm_get_error_w error{0, message, kMessageLength};
@@ -125,7 +126,7 @@ class WidePath {
   const qm_wchar* text_;
 };
 
-// Looks the record's path up and hands what it leads to to `use`, under the lock.
+// Calls `use`, under the lock, with the variant that the record's path leads to.
 template <class Record, class Use>
 bool with_target(const Record& record, Use use) {
   if (record.path == nullptr) return refuse(QM_W("(path)"));

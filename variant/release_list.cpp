@@ -10,7 +10,7 @@ namespace qmsd {
 std::int32_t ReleaseList::drop(qm_variant& variant) noexcept {
   const std::int32_t before = variant.drop_reference();
   if (before == 1) {
-    // The name is of no use to the dead, so its place holds the list together.
+    // A dead variant needs no name, so the link to the next one is kept in that field.
     drop_name(variant.name_);
     variant.next_dead_ = dead_;
     dead_ = &variant;
@@ -27,7 +27,7 @@ ReleaseList::~ReleaseList() {
   }
 }
 
-// What the variant held may join the list.
+// Children whose last reference goes join the list.
 void ReleaseList::destroy(qm_variant& variant) {
   if (variant.kind() == Kind::container) {
     for (qm_variant* item : variant.items().entries()) drop(*item);

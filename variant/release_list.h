@@ -17,7 +17,7 @@ class ReleaseList {
   ReleaseList(const ReleaseList&) = delete;
   ReleaseList& operator=(const ReleaseList&) = delete;
 
-  // Gives the count before; a variant whose count is below 1 already is left alone.
+  // Returns the count before. A variant whose count is already below 1 is left alone.
   std::int32_t drop(qm_variant& variant) noexcept;
 
  private:

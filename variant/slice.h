@@ -18,12 +18,13 @@ struct Slice {
   std::int32_t count;
 };
 
-// Can `count` elements of that width lie in a buffer of so many bytes?
+// Whether `count` elements of that width fit a buffer of so many bytes.
 constexpr bool fits(std::int32_t count, std::int32_t width, std::int32_t capacity) {
   return std::int64_t{count} * width <= capacity;
 }
 
-// The sum of what was written, or kConversionFailed with an error recorded. Several targets fit.
+// The sum of what was written, or kConversionFailed with an error recorded. If `count` is above 1
+// all targets must fit the capacity.
 std::int32_t convert_slice(const Slice& slice);
 
 }  // namespace qmsd

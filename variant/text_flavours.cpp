@@ -43,8 +43,8 @@ std::size_t leading_digits(std::string_view text) {
   return digits;
 }
 
-// Would single precision lose nothing of note? The bits below single precision are all alike, the
-// lowest two aside.
+// Whether single precision keeps the value well enough: the bits that it drops are all equal, apart
+// from the lowest two.
 bool is_single(double value) {
   constexpr double kSmallest = 1.1754943508222875e-38;
   constexpr double kLargest = 3.4028234663852886e38;

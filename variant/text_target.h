@@ -12,7 +12,7 @@ namespace qmsd {
 // hold at least one character. The buffer's last element is always made zero.
 
 // Writes at most `width` characters, as the runtime's counted print does: a text that fills the
-// width gets no terminator of its own, and what lies behind it stays.
+// width gets no terminator of its own, and what lies behind it in the buffer stays.
 std::int32_t write_counted(char* buffer, std::int32_t capacity, std::int32_t width,
                            std::string_view text);
 std::int32_t write_narrow(char* buffer, std::int32_t capacity, std::string_view text);

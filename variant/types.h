@@ -42,7 +42,7 @@ constexpr Kind kind_of(std::int32_t type) {
   }
 }
 
-// Narrow or wide text, the flavours included?
+// Whether the type is narrow or wide text, flavours included.
 constexpr bool is_text(std::int32_t type) {
   return kind_of(type) == Kind::text || kind_of(type) == Kind::wide_text;
 }
@@ -52,7 +52,7 @@ constexpr std::int32_t element_type(std::int32_t type) {
   return kind_of(type) == Kind::array ? type - QM_TYPE_SIGNED_ARRAY + QM_TYPE_SIGNED : type;
 }
 
-// Can one element of a scalar type be so many bytes wide?
+// Whether an element of the scalar type may be so many bytes wide.
 constexpr bool is_element_width(std::int32_t scalar_type, std::int32_t width) {
   switch (scalar_type) {
     case QM_TYPE_SIGNED:

@@ -172,7 +172,7 @@ void qm_variant::add_reference_if_alive() noexcept {
 std::int32_t qm_variant::drop_reference() noexcept {
   std::int32_t count = references_.load(std::memory_order_acquire);
   if (count == 1) {
-    // Whoever holds the only reference shares the variant with no other thread.
+    // Nobody else can use the variant while this is the only reference, so a plain store will do.
     references_.store(0, std::memory_order_relaxed);
     return count;
   }

@@ -28,11 +28,9 @@ struct ObjectOwner {
   std::span<const std::uint32_t> codes;
 };
 
-}  // namespace qmsd
-
-namespace qmsd {
 class ReleaseList;
-}
+
+}  // namespace qmsd
 
 struct qm_variant {
  public:
@@ -46,11 +44,11 @@ struct qm_variant {
   std::int32_t size() const noexcept { return size_; }
   qmsd::Kind kind() const noexcept { return qmsd::kind_of(type_); }
   const qm_wchar* name() const noexcept { return name_; }  // null for none
-  // No name is matched by unnamed variants only. The hash belongs to the name.
+  // Without a name only unnamed variants match. `hash` is the name's.
   bool is_named(const std::optional<qmsd::WideView>& name, std::uint32_t hash) const noexcept {
     if (name_hash_ != hash) return false;
     if (name_ == nullptr || !name) return name_ == nullptr && !name;
-    // Names with the same hash mostly begin alike, so they are told apart from behind.
+    // The hash covers the first half of a name: others with the same hash differ near the end.
     const qmsd::WideView own = qmsd::name_text(name_);
     return own.size() == name->size() && std::equal(own.rbegin(), own.rend(), name->rbegin());
   }
@@ -70,7 +68,7 @@ struct qm_variant {
   qmsd::ChildList items() noexcept { return {value_.block.items, size_}; }
   qmsd::ChildList attributes() noexcept { return {attributes_, attribute_count_}; }
 
-  // ---- Building; each replaces nothing, the variant was empty. ----
+  // ---- Building, from an empty variant only ----
   void set_id(std::int32_t id) noexcept { id_ = id; }
   [[nodiscard]] bool set_name(const qm_wchar* name);  // false when memory is exhausted
   void become_scalar(std::int32_t type, std::int32_t size, std::int64_t bits) noexcept;

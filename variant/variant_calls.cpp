@@ -23,7 +23,7 @@ struct Facts {
   std::int32_t nattributes = 0;
 };
 
-// A null variant has facts of its own. The lock is held.
+// A null variant is reported by the defaults. The lock is held.
 Facts facts_of(qm_variant* variant) {
   if (variant == nullptr) return {};
   return {variant->id(), variant->type(), variant->size(), variant->item_count(),
@@ -68,7 +68,7 @@ bool variant_release(qm_variant* variant) {
   return count >= 1 || refuse(QM_W("(ref=%i)"), count);
 }
 
-// Whatever happens, the record does not go on naming what it named before.
+// The record's old variant is forgotten even if creation fails.
 bool variant_create(qm_variant_create& record) {
   record.variant = nullptr;
   record.variant = create_variant(record).release();

@@ -1,8 +1,8 @@
 // The proleptic Gregorian calendar with astronomical years (year 0 exists), without tables.
 // Days are counted from 0001-01-01, which is day 0 and a Monday.
 //
-// The arithmetic runs in a calendar of its own, so that it never meets a negative number nor a
-// February in mid-year: years begin in March, and the count begins many whole 400-year cycles ago.
+// The arithmetic shifts the calendar: years begin in March, which puts the leap day last, and
+// counting begins many whole 400-year cycles earlier, which avoids negative numbers.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// A rule reads what it needs from the front of the text and gives up at the first mismatch; what it
-// has read by then does not matter.
+// A rule reads from the front of the text and gives up at the first mismatch; its caller then drops
+// the cursor.
 #include "variant/time/date_rules.h"
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // The date-time value: calendar date and time of day in 64 bits, every part of which may be absent.
-// Knows its layout only; what its parts amount to is calendar.h's and counts.h's business.
+// This is the layout only; calendar.h and counts.h do the arithmetic.
 #pragma once
 
 #include <cstdint>

@@ -19,7 +19,7 @@ std::int32_t local_zone_offset() noexcept {
   std::int32_t known = known_offset.load(std::memory_order_relaxed);
   if (known != kNotRead) return known;
   const std::int32_t read = platform::zone_offset_now();
-  // Of threads that read at the same time, the first decides for all.
+  // If several threads read at the same time, the first one's answer counts for all.
   return known_offset.compare_exchange_strong(known, read, std::memory_order_relaxed) ? read
                                                                                       : known;
 }
