@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <clocale>
-#include <cstddef>
 
 #include "include/qmsd7.h"
 #include "kernel/base/trace.h"
@@ -15,7 +14,6 @@
 #include "modules/slots.h"
 #include "modules/table_loader.h"
 #include "platform/environment.h"
-#include "platform/library.h"
 #include "platform/runtime_text.h"
 #include "services/tables/error_texts.h"
 #include "services/tables/group_table.h"
@@ -27,10 +25,6 @@ namespace {
 std::atomic<bool> g_closed{false};
 std::atomic<bool> g_tables_loaded{false};
 std::atomic<bool> g_numeric_locale_pending{false};
-
-constexpr std::size_t kApplicationNameSize = 260;
-char g_application_name[kApplicationNameSize];
-const char* g_application_name_in_use = "NOAPP";
 
 // The numeric category has no variable on purpose: numbers are read and written the "C" way.
 constexpr struct {
@@ -107,15 +101,6 @@ void detach(bool process_ends) {
 
 void thread_attach() noexcept { error_thread_reset(); }
 void thread_detach() noexcept { error_thread_clear(); }
-
-void capture_application_name() noexcept {
-  platform::executable_name(g_application_name, kApplicationNameSize);
-  g_application_name[kApplicationNameSize - 1] = 0;
-  // With its directory, so that logs tell two installations of one host apart.
-  g_application_name_in_use = g_application_name[0] != 0 ? g_application_name : "NOAPP";
-}
-
-const char* application_name() noexcept { return g_application_name_in_use; }
 
 bool kernel_closed() noexcept { return g_closed.load(std::memory_order_relaxed); }
 

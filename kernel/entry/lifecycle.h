@@ -12,10 +12,6 @@ void detach(bool process_ends);
 void thread_attach() noexcept;
 void thread_detach() noexcept;
 
-// The host executable's full name for messages and logs, "NOAPP" when it cannot be had.
-const char* application_name() noexcept;
-void capture_application_name() noexcept;
-
 // True from when the first calls have done their part of start-up until the last step of detach.
 // Inline, because it spares every call the three checks below.
 inline std::atomic<bool> g_kernel_runs{false};

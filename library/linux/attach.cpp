@@ -1,5 +1,6 @@
 // The loader's constructor and destructor notices drive the kernel's start-up and shutdown; threads
 // free their error state through the destructors of their thread slots.
+#include "kernel/entry/application_name.h"
 #include "kernel/entry/lifecycle.h"
 
 namespace {

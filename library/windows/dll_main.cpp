@@ -1,6 +1,7 @@
 // The loader's notices drive the kernel's start-up and shutdown.
 #include <windows.h>
 
+#include "kernel/entry/application_name.h"
 #include "kernel/entry/lifecycle.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {

@@ -6,30 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/test_hooks.h"
 #include "tests/support/allocation_failures.h"
 #include "tests/unit/modules/module_test.h"
 
 namespace qmsd {
 namespace {
-
-// ---- The application's name --------------------------------------------------------------------
-
-TEST(ApplicationName, IsTheFullPathOfTheHost) {
-  capture_application_name();
-  const std::string name = application_name();
-  EXPECT_NE(name.find("unit_entry"), std::string::npos);
-  EXPECT_NE(name.find_first_of("/\\"), std::string::npos);
-}
-
-TEST(ApplicationName, IsAStandInWhenTheHostCannotBeNamed) {
-  platform::hide_executable_name(true);
-  capture_application_name();
-  EXPECT_STREQ(application_name(), "NOAPP");
-  platform::hide_executable_name(false);
-  capture_application_name();
-  EXPECT_STRNE(application_name(), "NOAPP");
-}
 
 // ---- Loading the tables once -------------------------------------------------------------------
 
