@@ -51,7 +51,7 @@ Result check_buffer(const Record& record) {
 
 template <class Record>
 Result read(Record& record) {
-  if (Result bad = check_buffer(record); !bad) return bad;
+  if (Result checked = check_buffer(record); !checked) return checked;
   std::string value;
   Result result = store.read(to_utf8(record.path), value);
   if (result) copy_text(value, record.text, record.length);
@@ -60,7 +60,7 @@ Result read(Record& record) {
 
 template <class Record>
 Result list(Record& record) {
-  if (Result bad = check_buffer(record); !bad) return bad;
+  if (Result checked = check_buffer(record); !checked) return checked;
   std::string names;
   Result result = store.list(to_utf8(record.path), names);
   if (result) copy_lines(names, record.text, record.length);

@@ -25,18 +25,19 @@
 extern "C" {
 #endif
 
-/* QM_PROPERTY_READW (qmsd7.h)  value at `path`; a cut value fills the buffer to its last element.
- * QM_PROPERTY_LISTW (qmsd7.h)  names of the children, sorted, each followed by CR LF; a value has
- *                              none. A name that does not fit is left out whole.                 */
-#define QM_PROPERTY_READA 0x11000001u  /* qm_property_text_a      the same in narrow text         */
-#define QM_PROPERTY_WRITEW 0x11000002u /* qm_property_write_w     sets a value; makes its nodes   */
-#define QM_PROPERTY_WRITEA 0x11000003u /* qm_property_write_a                                     */
-#define QM_PROPERTY_REMOVEW \
-  0x11000004u /* qm_property_remove_w    removes a value, or a node and  */
-#define QM_PROPERTY_REMOVEA \
-  0x11000005u                         /* qm_property_remove_a    all below it                    */
-#define QM_PROPERTY_SAVE 0x11000006u  /* no record               writes changes to the file      */
-#define QM_PROPERTY_LISTA 0x11000009u /* qm_property_text_a                                      */
+/* Function codes, with their records. The first two are declared in qmsd7.h.
+ * QM_PROPERTY_READW   qm_property_text  value at `path`; a cut value fills the buffer to its last
+ *                                       element
+ * QM_PROPERTY_LISTW   qm_property_text  names of the children, sorted, each followed by CR LF; a
+ *                                       value has none. A name that does not fit is left out whole.
+ * The codes in narrow text do the same as their wide twins.                                      */
+#define QM_PROPERTY_READA 0x11000001u   /* qm_property_text_a                                     */
+#define QM_PROPERTY_WRITEW 0x11000002u  /* qm_property_write_w   sets a value; makes its nodes    */
+#define QM_PROPERTY_WRITEA 0x11000003u  /* qm_property_write_a                                    */
+#define QM_PROPERTY_REMOVEW 0x11000004u /* qm_property_remove_w  a value, or a node and all below */
+#define QM_PROPERTY_REMOVEA 0x11000005u /* qm_property_remove_a                                   */
+#define QM_PROPERTY_SAVE 0x11000006u    /* no record             writes changes to the file       */
+#define QM_PROPERTY_LISTA 0x11000009u   /* qm_property_text_a                                     */
 
 /* Deepest path that can be written. */
 #define QM_PROPERTY_MAX_DEPTH 64

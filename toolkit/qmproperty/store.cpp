@@ -31,9 +31,9 @@ Store::Content::Content(std::filesystem::path name) : file(std::move(name)) {
   std::string document;
   const std::error_code error = read_file(file, document);
   if (error && error != std::errc::no_such_file_or_directory) {
-    problem = file_problem(file, "read", error);
-  } else if (Result bad = tree.parse(document); !bad) {
-    problem = {bad.code, name_of(file) + ", " + bad.message};
+    loaded = file_problem(file, "read", error);
+  } else if (Result parsed = tree.parse(document); !parsed) {
+    loaded = {parsed.code, name_of(file) + ", " + parsed.message};
   }
 }
 
@@ -46,7 +46,7 @@ Result Store::with_content(Work work) {
   }
   const Lock<SharedLock> lock(lock_);
   if (content_ == nullptr) return {QM_ERROR_NOT_FOUND, "the properties are closed"};
-  return content_->problem ? work(*content_) : content_->problem;
+  return content_->loaded ? work(*content_) : content_->loaded;
 }
 
 Result Store::read(std::string_view path, std::string& value) {

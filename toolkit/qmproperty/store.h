@@ -32,7 +32,7 @@ class Store {
     explicit Content(std::filesystem::path name);
 
     const std::filesystem::path file;
-    Result problem;  // why the tree cannot be used
+    Result loaded;  // success, or why the tree cannot be used
     Tree tree;
     unsigned changes = 0;  // counts the changes to the tree
     unsigned saved = 0;    // the change that the file holds; belongs to who saves

@@ -81,7 +81,7 @@ std::string Tree::document() const { return spell_document(root_); }
 
 Result Tree::read(std::string_view path, std::string& value) const {
   Steps steps;
-  if (Result bad = split(path, steps); !bad) return bad;
+  if (Result parsed = split(path, steps); !parsed) return parsed;
   const auto* const node = find<const toml::node>(root_, steps);
   if (node == nullptr) return not_found(path);
   if (node->is_table()) return {QM_ERROR_NOT_FOUND, quoted(path) + " is a node without a value"};
@@ -92,7 +92,7 @@ Result Tree::read(std::string_view path, std::string& value) const {
 
 Result Tree::list(std::string_view path, std::string& names) const {
   Steps steps;
-  if (Result bad = split(path, steps); !bad) return bad;
+  if (Result parsed = split(path, steps); !parsed) return parsed;
   const auto* const node = find<const toml::node>(root_, steps);
   if (node == nullptr) return not_found(path);
   if (const toml::table* const table = node->as_table(); table != nullptr) {
@@ -105,7 +105,7 @@ Result Tree::list(std::string_view path, std::string& names) const {
 
 Result Tree::write(std::string_view path, std::string_view value) {
   Steps steps;
-  if (Result bad = split(path, steps); !bad) return bad;
+  if (Result parsed = split(path, steps); !parsed) return parsed;
   if (steps.empty()) return {QM_ERROR_ARGUMENT, "the root cannot have a value"};
   if (steps.size() > QM_PROPERTY_MAX_DEPTH) return {QM_ERROR_RANGE, quoted(path) + " is too deep"};
   std::size_t left = 0;
@@ -128,7 +128,7 @@ Result Tree::write(std::string_view path, std::string_view value) {
 
 Result Tree::remove(std::string_view path) {
   Steps steps;
-  if (Result bad = split(path, steps); !bad) return bad;
+  if (Result parsed = split(path, steps); !parsed) return parsed;
   if (steps.empty()) return {QM_ERROR_ARGUMENT, "the root cannot be removed"};
   const std::string_view name = steps.back();
   steps.pop_back();
