@@ -44,20 +44,22 @@ inline Kernel module_kernel() noexcept {
   return Kernel(module_kernel_entry.load(std::memory_order_acquire));
 }
 
-// What a failed call returns, after its error was recorded: without memory for the message,
+// The functions below record an error and return what a failed call returns.
+
+// The code alone, when there is no memory for a message.
 inline std::int32_t fail_without_memory() noexcept {
   qm_set_error_w record{QM_SET_ERROR_LITERAL, QM_ERROR_NO_MEMORY, nullptr, nullptr};
   module_kernel().call_raw(0, QM_CALL_SETERRORW, &record);
   return 0;
 }
 
-// with an error as it is,
+// Code and message as they are.
 inline std::int32_t fail_with(const Error& error) noexcept {
   module_kernel().set_error(error);
   return 0;
 }
 
-// or with words of the module's.
+// The code, and a message that names the module.
 inline std::int32_t fail_with(std::int32_t code, const char* module, const char* detail) noexcept {
   try {
     module_kernel().set_error(code, "[" + std::string(module) + "] " + detail);
