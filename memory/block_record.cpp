@@ -33,9 +33,9 @@ std::span<std::byte> zone_behind(const BlockRecord& record) {
   return {record.data + record.capacity, static_cast<std::size_t>(record.guard)};
 }
 
-// Describes the new memory. The bytes between size and capacity belong to nobody and are cleared,
-// so that a dump of the block shows no leftovers.
-void settle(BlockRecord& record, std::byte* memory, std::int32_t size, std::int32_t guard) {
+// Completes the record for new memory. The bytes between size and capacity are cleared, so that
+// a dump of the block shows no leftovers.
+void adopt_memory(BlockRecord& record, std::byte* memory, std::int32_t size, std::int32_t guard) {
   record.guard = guard;
   record.data = memory + guard;
   record.size = size;
@@ -64,7 +64,7 @@ bool BlockRecord::build(std::int32_t wanted, std::int32_t guard_width, const cha
   line = from_line;
   std::byte* memory = allocate(capacity, guard_width);
   if (memory == nullptr) return false;
-  settle(*this, memory, wanted, guard_width);
+  adopt_memory(*this, memory, wanted, guard_width);
   magic = kComplete;
   return true;
 }
@@ -90,7 +90,7 @@ bool BlockRecord::resize(std::int32_t wanted, std::int32_t guard_width, const ch
     std::copy_n(data, std::min(capacity, wanted_capacity), memory + guard_width);
     platform::heap_free(data - guard);
   }
-  settle(*this, memory, wanted, guard_width);
+  adopt_memory(*this, memory, wanted, guard_width);
   return true;
 }
 

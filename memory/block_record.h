@@ -1,5 +1,5 @@
 // The record of one tracked block: what is known of it, and how its memory is built, resized and
-// checked. Whoever holds the records sees to the locking.
+// checked. The owner of the records does the locking.
 #pragma once
 
 #include <cstddef>

@@ -22,7 +22,7 @@ struct ModuleUse {
   std::uint32_t id = 0;
 };
 
-// Records that are still in the table when it goes are abandoned.
+// Destroying the table abandons the records that are still in it.
 class ModuleTable {
  public:
   enum class Found { ready, loading, loading_here, absent };

@@ -36,7 +36,7 @@ class SlotTable {
   Slot* find(std::int32_t id) const;
   // Adds a user; false if that reaches the largest count, though the user stays counted.
   static bool join(Slot& slot) noexcept;
-  // One user less; the slot goes with the last one.
+  // Removes a user; the last one frees the slot.
   void release(Slot& slot);
 
   std::size_t capacity() const noexcept { return slots_.capacity(); }

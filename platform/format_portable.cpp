@@ -33,7 +33,7 @@ class Output {
   void fill(char character, std::size_t count) noexcept {
     at_ = std::fill_n(at_, fitting(count), static_cast<Char>(character));
   }
-  // All of it or nothing, for what means nothing in part.
+  // All or nothing, for the units of one character.
   void put_whole(const Char* text, std::size_t length) noexcept {
     if (length > static_cast<std::size_t>(end_ - at_)) fail();
     if (good_) put(text, length);

@@ -1,4 +1,4 @@
-// Items and attributes: one set of operations, told which list of the holder it works on.
+// Items and attributes: one set of operations, which takes the kind of list as a parameter.
 #include "variant/child_calls.h"
 
 #include <cstdint>

@@ -18,7 +18,7 @@ inline constexpr std::array<std::uint32_t, 256> kCrc32Table = [] {
   return table;
 }();
 
-// The register starts at the inverted start value, so a checksum goes on from an earlier one.
+// `start` may be an earlier result, whose checksum is then continued.
 constexpr std::uint32_t crc32(std::span<const std::byte> bytes, std::uint32_t start = 0) {
   std::uint32_t crc = ~start;
   for (const std::byte byte : bytes) {

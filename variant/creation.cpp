@@ -1,4 +1,4 @@
-// Creation: what a record may ask for, and how the value gets into the variant.
+// Creation: checks the request, then builds the value in the variant.
 #include "variant/creation.h"
 
 #include <algorithm>

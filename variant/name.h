@@ -14,7 +14,7 @@ namespace qmsd {
 [[nodiscard]] qm_wchar* make_name(WideView text);
 // Both accept null, which stands for no name.
 qm_wchar* share_name(qm_wchar* name) noexcept;
-void drop_name(qm_wchar* name) noexcept;  // with the last reference the name goes
+void drop_name(qm_wchar* name) noexcept;  // the last reference frees it
 
 struct NameHeader {
   std::size_t length;

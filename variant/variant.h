@@ -21,7 +21,7 @@ namespace qmsd {
 
 using Bytes = platform::HeapArray<std::byte>;
 
-// The module that an object reference belongs to, and how it is told.
+// The object that a variant refers to, its module, and the codes for telling that module.
 struct ObjectOwner {
   std::uint32_t value;
   const qm_wchar* module;  // the variant's own copy

@@ -41,7 +41,7 @@ void report(const Facts& facts, Record& record) {
 
 enum class Identity { exchange, keep };
 
-// The new value is complete before the target changes, and the old one goes after the lock is left.
+// The new value is complete before the target changes; the old one is destroyed outside the lock.
 bool assign(qm_variant_create& record, Identity identity) {
   if (record.variant == nullptr) return refuse(QM_W("(variant)"));
   const VariantOwner value = create_variant(record);

@@ -47,7 +47,7 @@ bool fail(std::int32_t code, const qm_wchar* format, ...) {
   try {
     record(code, format, arguments);
   } catch (...) {
-    // Exhausted memory, while something else is being reported: the code is all that can be told.
+    // Memory ran out while another error was being recorded: its code has to do.
   }
   va_end(arguments);
   return false;

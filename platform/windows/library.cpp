@@ -7,8 +7,8 @@ namespace {
 
 void describe(DWORD code, LoadFailure& failure) {
   constexpr DWORD kSize = sizeof failure.text / sizeof failure.text[0];
-  // Some messages have places for inserts that nobody fills here; without the second flag asking
-  // for one of those fails.
+  // Some messages contain inserts. There are none to supply here, and without the second flag the
+  // call would fail for such a message.
   const DWORD length =
       ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code,
                        MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), failure.text, kSize, nullptr);

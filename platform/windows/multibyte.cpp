@@ -1,6 +1,6 @@
-// The runtime's own routines answer what they cannot convert with "?" or something alike, so the
-// system's are asked instead, for the code page that the runtime's locale has. A wide character is
-// one unit here: a surrogate pair has no narrow form.
+// The runtime's own routines replace what they cannot convert by "?" or a look-alike, so the
+// system's are used instead, with the code page of the runtime's locale. A wide character is one
+// unit here: a surrogate pair has no narrow form.
 #include "platform/multibyte.h"
 
 #include <windows.h>

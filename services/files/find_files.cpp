@@ -98,7 +98,7 @@ class Search {
   FoundPaths& found_;
 };
 
-// "*.*" is to match names without an extension, too.
+// A dot is appended to names without one, so that they match "*.*".
 bool Search::matches(const qm_wchar* name) const {
   qm_wchar text[kNameLength];
   wcs_copy_bounded(text, kNameLength, name);

@@ -1,5 +1,5 @@
 // The rules of file names as text: roots, parents, normal form. Pure functions over backslash
-// paths, the same on every system; they ask nobody whether a file exists.
+// paths, the same on every system; they never look at the file system.
 #pragma once
 
 #include <cstddef>

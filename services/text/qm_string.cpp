@@ -1,5 +1,5 @@
-// The narrow dynamic string. Whatever gives it text goes through place(), which knows that the
-// source may lie in the string's own buffer.
+// The narrow dynamic string. All text enters through place(), which allows for a source inside the
+// string's own buffer.
 #include "services/text/qm_string.h"
 
 #include <cerrno>

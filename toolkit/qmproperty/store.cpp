@@ -87,7 +87,7 @@ Result Store::save() {
     return Result();
   });
   if (!result || !changed) return result;
-  // `close` waits for nobody, but stands back while somebody saves: the content is still there.
+  // close() gives up while a save is running, so the content is still there.
   if (const std::error_code error = replace_file(content_->file, document)) {
     return file_problem(content_->file, "written", error);
   }

@@ -28,8 +28,7 @@ class DateTime {
   // Empty: every part is absent.
   constexpr DateTime() noexcept = default;
   static constexpr DateTime from_bits(std::uint64_t bits) noexcept { return DateTime(bits); }
-  // Years kFirstYear to kLastYear; those from 0 to 99 have no century that could be told from an
-  // absent one.
+  // Years kFirstYear to kLastYear; 0 to 99 come out without a century, since century 0 means none.
   static constexpr DateTime of(int year, int month = kNoMonth, int day = kNoDay,
                                std::int64_t time_of_day = kNoTime) noexcept {
     const int since_first = year - kFirstYear;  // not negative, so division rounds down
