@@ -173,7 +173,7 @@ enum {
   QM_ERROR_RANGE = 34,              /* out of range                                              */
   QM_ERROR_LOAD = 0x1000,           /* a library cannot be loaded                                */
   QM_ERROR_VERSION_READ = 0x1002,   /* a version resource cannot be read                         */
-  QM_ERROR_SHORT_READ = 0x1002,     /* a file ended early; the same number for the same trouble */
+  QM_ERROR_SHORT_READ = 0x1002,     /* a file ended early; the same number as above                 */
   QM_ERROR_VERSION_FORMAT = 0x1004, /* a version resource lacks a table                          */
   QM_ERROR_MODULE_NOT_OPEN = 0x8000 /* a module that is not open                                 */
 };
@@ -434,7 +434,7 @@ typedef struct qm_variant qm_variant;
 enum {
   QM_TYPE_EMPTY = 0,
   QM_TYPE_SIGNED = 1,        /* size 1, 2, 4 or 8 bytes; 0 is a number without width, value 0 */
-  QM_TYPE_UNSIGNED = 2,      /*                                                               */
+  QM_TYPE_UNSIGNED = 2,      /* likewise                                                      */
   QM_TYPE_FLOATING = 3,      /* size 4 or 8 (or 0)                                            */
   QM_TYPE_DATETIME = 4,      /* size 8 (or 0): a packed date-time                             */
   QM_TYPE_EMPTY_ARRAY = 64,  /* cannot be created                                             */
