@@ -173,7 +173,7 @@ enum {
   QM_ERROR_RANGE = 34,              /* out of range                                              */
   QM_ERROR_LOAD = 0x1000,           /* a library cannot be loaded                                */
   QM_ERROR_VERSION_READ = 0x1002,   /* a version resource cannot be read                         */
-  QM_ERROR_SHORT_READ = 0x1002,     /* a file ended early; the same number as above                 */
+  QM_ERROR_SHORT_READ = 0x1002,     /* a file ended early; the same number as above              */
   QM_ERROR_VERSION_FORMAT = 0x1004, /* a version resource lacks a table                          */
   QM_ERROR_MODULE_NOT_OPEN = 0x8000 /* a module that is not open                                 */
 };
