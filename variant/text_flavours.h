@@ -21,8 +21,8 @@ struct RecognisedScalar {
 // Integer, floating or date-time; nothing when the whole text is none of them.
 std::optional<RecognisedScalar> recognise_scalar(std::string_view text);
 
-// The number of UTF-16 units that the text takes, or nothing for malformed UTF-8. Writes them, unless
-// `units` is null.
+// The number of UTF-16 units that the text takes, or nothing for malformed UTF-8. Writes them,
+// unless `units` is null.
 std::optional<std::size_t> utf16_from_utf8(std::string_view bytes, qm_wchar* units);
 
 }  // namespace qmsd
