@@ -26,6 +26,7 @@ CLI::Option& add_option(CLI::App& parser, Value& value, const OptionText& text) 
 
 void declare(CLI::App& parser, Tool& tool) {
   parser.require_subcommand(1);
+  parser.allow_windows_style_options(false);  // what begins with a slash is a property
   parser.footer(kFooter);
   parser.set_version_flag("--version", "qmtool " QMTOOL_VERSION);
   add_option(parser, tool.kernel_file,
@@ -40,12 +41,22 @@ void declare(CLI::App& parser, Tool& tool) {
   }
 }
 
+void report_json(std::int32_t code, std::string_view text) {
+  print_json({{"error", {{"code", code}, {"message", text}}}});
+}
+
 int report_failure(const Tool& tool, int exit_code, std::int32_t code, std::string_view text) {
-  if (tool.json) print_json({{"error", {{"code", code}, {"message", text}}}});
+  if (tool.json) report_json(code, text);
   std::cerr << "qmtool: ";
   if (code != 0) std::cerr << "error " << code << ": ";
   std::cerr << text << '\n';
   return exit_code;
+}
+
+// Whether or not the rest can be understood.
+bool asks_for_json(const std::vector<std::string>& arguments) {
+  const auto end_of_options = std::ranges::find(arguments, "--");
+  return std::find(arguments.begin(), end_of_options, "--json") != end_of_options;
 }
 
 std::vector<std::string> options_of_parser(const CLI::App& parser) {
@@ -128,12 +139,15 @@ int run_command_line(std::vector<std::string> arguments) {
   Tool tool;
   CLI::App parser("Looks at modules, tries them out, and asks the kernel.", "qmtool");
   declare(parser, tool);
+  const bool wants_json = asks_for_json(arguments);
   std::ranges::reverse(arguments);  // the parser takes them from the back
   try {
     parser.parse(std::move(arguments));
     return tool.exit_code;
   } catch (const CLI::ParseError& message) {
-    return parser.exit(message) == 0 ? kDone : kUsage;
+    if (parser.exit(message) == 0) return kDone;  // it was help that was asked for
+    if (wants_json) report_json(0, message.what());
+    return kUsage;
   } catch (const UsageError& problem) {
     return report_failure(tool, kUsage, 0, problem.what());
   } catch (const qm::Error& error) {

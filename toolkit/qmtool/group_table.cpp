@@ -3,6 +3,8 @@
 #include <charconv>
 #include <map>
 
+#include <qm/properties.hpp>
+
 #include "toolkit/qmtool/properties.h"
 
 namespace qmtool {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <qm/client.hpp>
+#include <qm/kernel.hpp>
 
 namespace qmtool {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <qm/client.hpp>
+#include <qm/properties.hpp>
 
 namespace qmtool {
 

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <optional>
 
+#include <qm/buffer.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/text.h"
 

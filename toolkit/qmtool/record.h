@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include <qm/client.hpp>
+#include <qm/kernel.hpp>
 
 #include "toolkit/qmtool/output.h"
 

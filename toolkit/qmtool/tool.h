@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include <qm/client.hpp>
+#include <qm/kernel_library.hpp>
 
 namespace qmtool {
 

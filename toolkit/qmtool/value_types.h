@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include <qm/client.hpp>
+#include <qm/variant.hpp>
 
 namespace qmtool {
 

@@ -44,7 +44,7 @@ TEST_F(CommandLine, VersionIsTheKernels) {
 }
 
 TEST_F(CommandLine, TheKernelCanBeNamed) {
-  const auto other = folder() / "other_kernel";
+  const auto other = folder() / library("other_kernel");
   std::filesystem::rename(folder() / QMTOOL_KERNEL_NAME, other);
   EXPECT_EQ(run({"--kernel", other.string(), "call", "kernel", "NOP"}).exit_code, 0);
   install("exgreeter");
@@ -57,8 +57,18 @@ TEST_F(CommandLine, AMissingKernelIsAnError) {
   EXPECT_NE(std::string(document["error"]["message"]).find("nosuchkernel"), std::string::npos);
 }
 
-TEST_F(CommandLine, JsonMayStandBeforeTheCommand) {
+TEST_F(CommandLine, JsonMayStandBeforeAndBehindTheCommand) {
   EXPECT_TRUE(Json::accept(run({"--json", "groups"}).output));
+  EXPECT_TRUE(Json::accept(run({"groups", "--json"}).output));
+}
+
+TEST_F(CommandLine, MistakesAreJsonWhenItIsWanted) {
+  for (const Arguments& arguments : {Arguments{"nonsense"}, Arguments{"inspect"},
+                                     Arguments{"call", "kernel", "NOP", "no-field"}}) {
+    const Json document = json(arguments, 2);
+    EXPECT_EQ(document["error"]["code"], 0);
+    EXPECT_NE(document["error"]["message"], "");
+  }
 }
 
 #ifndef _WIN32
@@ -78,11 +88,10 @@ std::vector<std::string> completions(const std::filesystem::path& tool, const st
 }
 
 TEST_F(CommandLine, CompletionKnowsCommandsOptionsAndTypes) {
-  const auto tool = folder() / "qmtool";
-  EXPECT_EQ(completions(tool, "qmtool ins"), std::vector<std::string>{"inspect"});
-  EXPECT_EQ(completions(tool, "qmtool validate --q"), std::vector<std::string>{"--quiet"});
-  EXPECT_EQ(completions(tool, "qmtool convert 5 --to da"), std::vector<std::string>{"date"});
-  EXPECT_EQ(completions(tool, "qmtool completion b"), std::vector<std::string>{"bash"});
+  EXPECT_EQ(completions(tool(), "qmtool ins"), std::vector<std::string>{"inspect"});
+  EXPECT_EQ(completions(tool(), "qmtool validate --q"), std::vector<std::string>{"--quiet"});
+  EXPECT_EQ(completions(tool(), "qmtool convert 5 --to da"), std::vector<std::string>{"date"});
+  EXPECT_EQ(completions(tool(), "qmtool completion b"), std::vector<std::string>{"bash"});
 }
 #endif
 

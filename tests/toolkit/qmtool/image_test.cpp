@@ -58,7 +58,7 @@ TEST(Images, EndWellWhereverTheyAreCut) {
     const std::string part = whole.substr(0, size);
     const ImageReading reading = read_image(part);
     expect_inside(reading, part);
-    if (size == 0) EXPECT_EQ(reading.fault, ImageFault::empty);
+    EXPECT_EQ(reading.fault == ImageFault::empty, size == 0);
   }
 }
 

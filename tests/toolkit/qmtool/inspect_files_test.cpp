@@ -86,9 +86,7 @@ TEST_F(InspectFiles, NameTheOtherMachine) {
 }
 
 TEST_F(InspectFiles, NameTheProgramThatIsNoLibrary) {
-  const auto program = folder() / std::filesystem::path("qmtool").replace_extension(
-                                      contract::program_file().extension());
-  std::filesystem::copy_file(program, folder() / library("module"));
+  std::filesystem::copy_file(tool(), folder() / library("module"));
   EXPECT_EQ(cause_of("module"), "program");
 }
 

@@ -35,8 +35,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Trial{"open refuse", "open-refused"}, Trial{"open crash", "open-crashes"},
                     Trial{"open hang", "open-hangs"}, Trial{"open leave", "open-ends-process"},
                     Trial{"close crash", "close-crashes"}, Trial{"close hang", "close-hangs"}),
-    [](const auto& info) {
-      std::string name = info.param.cause;
+    [](const auto& row) {
+      std::string name = row.param.cause;
       std::ranges::replace(name, '-', '_');
       return name;
     });
@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(, InspectRecords,
                                          Module{"tm_foreign_norecord", "information-empty"},
                                          Module{"tm_foreign_refuses", "information-refused"},
                                          Module{"tm_nullcall", "no-entry"}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& row) { return row.param.name; });
 
 TEST_F(InspectTrials, RepeatTheModulesOwnWords) {
   install("misbehaving");
@@ -89,6 +89,11 @@ TEST_F(InspectTrials, BlameTheKernelsStartWhenThePropertyModuleSpoilsIt) {
 TEST_F(InspectTrials, NameTheLoadRoutineThatRefuses) {
   install("unwilling");
   EXPECT_EQ(cause_of("unwilling"), "load-refused");
+}
+
+TEST_F(InspectTrials, NameTheWrongCallingConvention) {
+  install("wrong_convention");
+  EXPECT_EQ(cause_of("wrong_convention"), "calling-convention");
 }
 #endif
 

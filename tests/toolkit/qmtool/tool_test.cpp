@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <system_error>
 
 #include "tests/contract/support/shared_library.h"
 
@@ -11,31 +10,19 @@ namespace {
 
 std::filesystem::path build_folder() { return contract::module_folder(); }
 
-// The program is large.
-void link_or_copy(const std::filesystem::path& from, const std::filesystem::path& to) {
-  std::error_code problem;
-  std::filesystem::create_hard_link(from, to, problem);
-  if (problem) std::filesystem::copy_file(from, to);
-}
-
-std::filesystem::path tool_file() {
-  return std::filesystem::path("qmtool").replace_extension(contract::program_file().extension());
-}
-
 }  // namespace
 
 ToolTest::ToolTest() {
-  link_or_copy(build_folder() / tool_file(), folder() / tool_file());
-  const std::filesystem::path kernel = contract::kernel_file();
-  link_or_copy(kernel, folder() / QMTOOL_KERNEL_NAME);
+  std::filesystem::copy_file(build_folder() / tool().filename(), tool());
+  std::filesystem::copy_file(contract::kernel_file(), folder() / QMTOOL_KERNEL_NAME);
 }
 
 ProgramRun ToolTest::run(const Arguments& arguments) const {
-  return run_program(folder() / tool_file(), arguments);
+  return run_program(tool(), arguments);
 }
 
 Json ToolTest::json(Arguments arguments, int exit_code) const {
-  arguments.emplace_back("--json");
+  arguments.insert(arguments.begin(), "--json");
   const ProgramRun result = run(arguments);
   EXPECT_EQ(result.exit_code, exit_code) << result.output << result.errors;
   Json document = Json::parse(result.output, nullptr, false);
@@ -65,6 +52,10 @@ std::filesystem::path ToolTest::write(const std::string& name, std::string_view 
 
 std::string ToolTest::library(const std::string& name) {
   return name + contract::kLibraryExtension;
+}
+
+std::filesystem::path ToolTest::tool() const {
+  return (folder() / "qmtool").replace_extension(contract::program_file().extension());
 }
 
 std::string content_of(const std::filesystem::path& file) {

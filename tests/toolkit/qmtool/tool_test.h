@@ -36,6 +36,7 @@ class ToolTest : public testing::Test {
   // "NAME.dll" or "NAME.so"
   static std::string library(const std::string& name);
   std::filesystem::path folder() const { return folder_.path(); }
+  std::filesystem::path tool() const;
 
   // What the module "misbehaving" does wrong: "open crash".
   void misbehave(const std::string& how) { deed_.emplace("MISBEHAVE", how); }

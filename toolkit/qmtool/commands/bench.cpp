@@ -6,6 +6,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include <qm/module_handle.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/group_table.h"
 #include "toolkit/qmtool/output.h"

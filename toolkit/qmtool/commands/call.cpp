@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <optional>
 
+#include <qm/module_handle.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/function_names.h"
 #include "toolkit/qmtool/inspect/target.h"

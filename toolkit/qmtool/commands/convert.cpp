@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <qm/variant.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/output.h"
 #include "toolkit/qmtool/text.h"

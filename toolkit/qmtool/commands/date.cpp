@@ -1,4 +1,6 @@
 // qmtool date: what the kernel makes of the text of a date-time.
+#include <qm/variant.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/output.h"
 #include "toolkit/qmtool/text.h"

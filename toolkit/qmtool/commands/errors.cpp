@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <map>
 
+#include <qm/error_state.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/output.h"
 #include "toolkit/qmtool/properties.h"

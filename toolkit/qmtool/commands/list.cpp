@@ -3,6 +3,8 @@
 #include <map>
 #include <system_error>
 
+#include <qm/version.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/image/image.h"
 #include "toolkit/qmtool/inspect/target.h"

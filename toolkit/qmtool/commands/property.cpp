@@ -1,4 +1,6 @@
 // qmtool get, set, remove: the property store. "qmtool list /PATH" lists a node.
+#include <qm/properties.hpp>
+
 #include "toolkit/qmtool/command.h"
 #include "toolkit/qmtool/output.h"
 #include "toolkit/qmtool/properties.h"

@@ -2,9 +2,13 @@
 
 #include <optional>
 
+#include <qm/module_handle.hpp>
+#include <qm/properties.hpp>
+
 #include "toolkit/qmtool/group_table.h"
 #include "toolkit/qmtool/inspect/target.h"
 #include "toolkit/qmtool/properties.h"
+#include "toolkit/qmtool/system/convention.h"
 #include "toolkit/qmtool/system/libraries.h"
 #include "toolkit/qmtool/text.h"
 
@@ -56,7 +60,9 @@ void report_opened(const qm::ModuleHandle& module, Report& report) {
     module.kernel().call(QM_CALL_UNREFHANDLE, &reference);
     report.send({{"file", utf8(file_of_address(reinterpret_cast<const void*>(resolved.entry)))}});
   }
-  if (const auto info = module.try_info()) report.send({{"information", describe(**info)}});
+  const auto info = module.try_info();
+  // Modules of the older kind answer with a record of their own.
+  if (info && (*info)->id == QM_MODULE_ID) report.send({{"information", describe(**info)}});
   if (const auto texts = module.try_version_texts()) report.send({{"versions", describe(*texts)}});
 }
 
@@ -71,8 +77,7 @@ class StepByStep {
     // Not before: should this be the property module, the kernel would use it at its own start.
     report_.enter("kernel");
     kernel_ = tool_.kernel();
-    tell_entry();
-    if (open(group)) close();
+    if (tell_entry() && open(group)) close();
     report_.enter("unload");
     library_ = {};
   }
@@ -114,11 +119,12 @@ class StepByStep {
 
   // Without an entry of the usual kind the module speaks the older protocol, which only the kernel
   // knows.
-  void tell_entry() {
-    if (entry_ == nullptr) return;
+  bool tell_entry() {
+    if (entry_ == nullptr) return true;
     report_.enter("notice");
     qm_kernel_entry notice{kernel_.entry()};
-    entry_(0, QM_CALL_SETKERNELENTRY, &notice);
+    const auto [result, drift] = call_measured(entry_, 0, QM_CALL_SETKERNELENTRY, &notice);
+    return drift == 0 || refuse("calling-convention", std::to_string(drift));
   }
 
   bool open(const std::string& group) {

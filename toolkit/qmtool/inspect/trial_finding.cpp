@@ -47,6 +47,8 @@ constexpr Refusal kRefusals[] = {
      "Put the address of the information record into the caller's record."},
     {"no-entry", " has an information record without a call entry.",
      "Put the module's call entry into the last field of qmmoduleinfo."},
+    {"calling-convention", " has a call entry that leaves the stack % bytes off.",
+     "Declare the entry QM_STDCALL, and do not cast it to the type of the record's last field."},
     {"open-refused", " refuses to open an instance: %.",
      "See what the module needs to open an instance; the message is its own."},
 };

@@ -30,5 +30,9 @@ void send_report(std::uint64_t number, std::string_view piece);
 [[noreturn]] void end_at_once();
 // In the child: a crash ends the process at once, without a dialog, a debugger or a core file.
 void end_quietly_on_crash();
+// A loader may take a crash of the code that it runs for a refusal, or pass over it. Once it is back,
+// the crash ends the child after all; nothing is noted in other processes.
+void forget_crash();
+void end_if_crashed();
 
 }  // namespace qmtool

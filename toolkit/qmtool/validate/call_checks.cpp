@@ -2,7 +2,7 @@
 #include <string>
 
 #include "toolkit/qmtool/group_table.h"
-#include "toolkit/qmtool/system/threads.h"
+#include "toolkit/qmtool/system/convention.h"
 #include "toolkit/qmtool/text.h"
 #include "toolkit/qmtool/validate/check.h"
 #include "toolkit/qmtool/validate/subject.h"
@@ -111,10 +111,12 @@ void serves_its_groups(Subject& module) {
 }
 
 void balances_stack(Subject& module) {
-  const Instance instance = module.open_instance();
-  const auto drift = stack_drift(instance.entry, instance.handle, kUnknownCode, nullptr);
-  if (!drift) throw CheckSkipped("it does not show on this system");
-  expect(*drift == 0, "a call leaves the stack " + std::to_string(*drift) + " bytes off");
+  if (!kKnowsConventions) throw CheckSkipped("there is only one convention here");
+  const auto library = module.load();
+  qm_kernel_entry notice{module.kernel().entry()};
+  const auto [result, drift] =
+      call_measured(module.exported_information(library).call, 0, QM_CALL_SETKERNELENTRY, &notice);
+  expect(drift == 0, "a call leaves the stack " + std::to_string(drift) + " bytes off");
 }
 
 constexpr const char* kDefaultAdvice =
@@ -149,7 +151,7 @@ constexpr Check kChecks[] = {
     {"call.group", "It can be reached through its group of function codes",
      "Answer calls with handle 0 as well, or refuse them with an error.", &serves_its_groups},
     {"call.stack", "Its entry leaves the stack as the calling convention wants it",
-     "Declare the entry with QM_STDCALL.", &balances_stack},
+     "Declare the entry with QM_STDCALL.", &balances_stack, Needs::load},
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Checks of the library file and its version information.
 #include <algorithm>
 
+#include <qm/version.hpp>
+
 #include "toolkit/qmtool/inspect/fitness.h"
 #include "toolkit/qmtool/inspect/imports.h"
 #include "toolkit/qmtool/text.h"

@@ -16,7 +16,10 @@ namespace {
 
 using std::chrono::milliseconds;
 
-void loads(Subject& module) { module.load(); }
+void loads(Subject& module) {
+  const LoadedLibrary library = module.load();
+  module.enter("while it is unloaded");
+}
 
 void loads_quickly(Subject& module) {
   constexpr milliseconds kLongest(100);
@@ -93,10 +96,11 @@ void starts_no_threads(Subject& module) {
 }
 
 constexpr const char* kRoutineAdvice =
-    "Do no more than set variables in the load routine and in constructors of static objects.";
+    "Do no more than set variables in the load routine and in constructors of static objects, and "
+    "no more than that on the way back.";
 
 constexpr Check kChecks[] = {
-    {kLoadCheck, "It can be loaded", kRoutineAdvice, &loads, Needs::file},
+    {kLoadCheck, "It can be loaded and unloaded", kRoutineAdvice, &loads, Needs::file},
     {"load.quickly", "It is loaded within 100 ms", kRoutineAdvice, &loads_quickly, Needs::load},
     {"load.repeatedly", "It can be loaded and unloaded again and again",
      "Give back in the unload routine what the load routine took.", &loads_repeatedly, Needs::load},

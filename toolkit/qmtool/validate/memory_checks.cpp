@@ -3,6 +3,8 @@
 #include <charconv>
 #include <string>
 
+#include <qm/buffer.hpp>
+
 #include "toolkit/qmtool/text.h"
 #include "toolkit/qmtool/validate/check.h"
 #include "toolkit/qmtool/validate/subject.h"

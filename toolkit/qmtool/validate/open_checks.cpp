@@ -8,7 +8,11 @@
 namespace qmtool {
 namespace {
 
-void opens(Subject& module) { module.open(); }
+void opens(Subject& module) {
+  auto handle = module.open();
+  module.enter("while it is closed");
+  handle.close();
+}
 
 void gives_handle(Subject& module) { expect(module.open_instance().handle != 0, "it is 0"); }
 
@@ -79,8 +83,9 @@ void keeps_texts(Subject& module) {
 }
 
 constexpr Check kChecks[] = {
-    {kOpenCheck, "It opens an instance",
-     "Answer 0x10030000 with 1 and a handle; \"qmtool inspect\" tells more.", &opens, Needs::load},
+    {kOpenCheck, "It opens and closes an instance",
+     "Answer 0x10030000 with 1 and a handle, and 0x10030002 with 1; \"qmtool inspect\" tells more.",
+     &opens, Needs::load},
     {"open.handle", "Its handle for an instance is not 0",
      "Count handles from 1: 0 means a call without an instance.", &gives_handle, Needs::open,
      Weight::should},

@@ -5,10 +5,11 @@
 #include <optional>
 #include <string>
 
-#include <qm/client.hpp>
+#include <qm/module_handle.hpp>
 
 #include "toolkit/qmtool/image/image.h"
 #include "toolkit/qmtool/inspect/target.h"
+#include "toolkit/qmtool/probe.h"
 #include "toolkit/qmtool/system/files.h"
 #include "toolkit/qmtool/system/libraries.h"
 #include "toolkit/qmtool/tool.h"
@@ -39,8 +40,11 @@ struct SubjectOptions {
 
 class Subject {
  public:
-  Subject(Tool& tool, const SubjectOptions& options)
-      : tool_(tool), options_(options), target_(target_of(options.module)) {}
+  Subject(Tool& tool, Report& report, const SubjectOptions& options)
+      : tool_(tool), report_(report), options_(options), target_(target_of(options.module)) {}
+
+  // What is about to happen, should it not come back: "while it is closed".
+  void enter(std::string_view stage) { report_.enter(stage); }
 
   // Loaded at the first use: some checks want a process without it.
   qm::Kernel kernel() { return tool_.kernel(); }
@@ -67,6 +71,7 @@ class Subject {
 
  private:
   Tool& tool_;
+  Report& report_;
   SubjectOptions options_;
   Target target_;
   std::filesystem::path file_;

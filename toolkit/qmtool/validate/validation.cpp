@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <future>
 
 namespace qmtool {
@@ -25,8 +26,8 @@ CheckResult judge(const Check& check, const ProbeResult& probe) {
   const bool ended_well = probe.child.ending == Ending::exited && probe.child.code == 0;
   if (probe.is_complete() && ended_well) return {&check, Verdict::passed, "", lasted};
   // A crash is never a matter of taste.
-  const char* const when = probe.is_complete() ? ", when the process ends" : "";
-  return {&check, Verdict::failed, "it " + probe.how_it_ended() + when, lasted};
+  const std::string stage = probe.has("stage") ? " " + probe.text("stage") : "";
+  return {&check, Verdict::failed, "it " + probe.how_it_ended() + stage, lasted};
 }
 
 class Validation {
@@ -96,7 +97,7 @@ std::vector<CheckResult> validate(const Tool& tool, const ValidationOptions& opt
 
 void run_check(const std::vector<std::string>& arguments, Tool& tool, Report& report) {
   const Check& check = check_named(arguments.at(0));
-  Subject module(tool, {arguments.at(1), arguments.at(2), arguments.at(3)});
+  Subject module(tool, report, {arguments.at(1), arguments.at(2), arguments.at(3)});
   try {
     check.run(module);
   } catch (const CheckFailure& failure) {
@@ -106,8 +107,10 @@ void run_check(const std::vector<std::string>& arguments, Tool& tool, Report& re
   } catch (const qm::Error& error) {
     report.send({{"failure", describe(error)}});
   }
+  report.enter("while the process ends");
   report.send({{"done", true}});
   if (!check.watches_the_end) end_at_once();
+  std::exit(kDone);  // with the kernel loaded, as in a program that is linked with it
 }
 
 }  // namespace qmtool

@@ -1,7 +1,12 @@
 // A well-behaved module, but for one deed at one moment: the environment variable MISBEHAVE says
 // which, as in "open crash". So every way to go wrong can be tried with one library.
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include <qmsd7.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cfenv>
 #include <clocale>
@@ -21,6 +26,9 @@ const qm_module_info kInfo = {QM_MODULE_ID, 0x01020304, kDescription,
 std::atomic<qm_call_fn> kernel;
 std::atomic<bool> open_handles[16];
 
+bool is_any_open() {
+  return std::ranges::any_of(open_handles, [](const auto& open) { return open.load(); });
+}
 bool is_open(uint32_t handle) { return handle > 0 && handle <= 16 && open_handles[handle - 1]; }
 
 int32_t fail(int32_t code, const qm_wchar* text) {
@@ -47,23 +55,27 @@ void leak() {
   kernel.load()(0, QM_CALL_REALLOCPOS, &block);
 }
 
-void write_behind_block() {
-  qm_realloc block{nullptr, 16};
-  kernel.load()(0, QM_CALL_REALLOC, &block);
-  std::memset(static_cast<char*>(block.pointer) + 16, 0x55, 4);
-}
-
 void open_another() {
   qm_open_module_w open{QM_W("misbehaving"), nullptr, 0};
   kernel.load()(0, QM_CALL_OPENMODULEW, &open);
 }
 
-// Until the process ends.
+#ifdef _WIN32
+constexpr const char* kOtherLocale = "English";
+// Runs nothing of this library, so that unloading it does the thread no harm.
 void start_thread() {
-  std::thread([] {
-    for (;;) std::this_thread::sleep_for(std::chrono::seconds(10));
-  }).detach();
+  const auto sleep = reinterpret_cast<void (*)()>(&::Sleep);
+  ::CloseHandle(::CreateThread(nullptr, 0, reinterpret_cast<LPTHREAD_START_ROUTINE>(sleep),
+                               reinterpret_cast<void*>(60000), 0, nullptr));
 }
+#else
+constexpr const char* kOtherLocale = "C.UTF-8";
+void start_thread() {
+  std::thread([] { std::this_thread::sleep_for(std::chrono::minutes(1)); }).detach();
+}
+#endif
+
+void change_locale() { std::setlocale(LC_ALL, kOtherLocale); }
 
 struct Deed {
   const char* name;
@@ -75,11 +87,10 @@ constexpr Deed kDeeds[] = {
     {"leave", [] { std::_Exit(7); }},
     {"dawdle", [] { std::this_thread::sleep_for(std::chrono::milliseconds(150)); }},
     {"leak", &leak},
-    {"overrun", &write_behind_block},
+    {"open", &open_another},
     {"push", [] { kernel.load()(0, QM_CALL_PUSHERROR, nullptr); }},
     {"thread", &start_thread},
-    {"locale", [] { std::setlocale(LC_NUMERIC, ""); }},
-    {"locale-c", [] { std::setlocale(LC_ALL, "C.UTF-8"); }},
+    {"locale", &change_locale},
     {"folder", [] { std::filesystem::current_path(".."); }},
     {"rounding", [] { std::fesetround(FE_UPWARD); }},
 };
@@ -110,7 +121,10 @@ int32_t open_instance(qm_open_module_w* record) {
 
 int32_t close_instance(uint32_t handle) {
   misbehave("close");
-  if (!is_open(handle)) return fail(2, QM_W("(handle)"));
+  if (!is_open(handle)) {
+    misbehave("stray");
+    return fail(2, QM_W("(handle)"));
+  }
   if (!is_told("close", "forget")) open_handles[handle - 1] = false;
   return 1;
 }
@@ -164,7 +178,10 @@ int32_t QM_STDCALL serve(uint32_t handle, uint32_t function, void* record) {
 // The library's load and unload routine, as far as C++ has one.
 struct Lifetime {
   Lifetime() { misbehave("load"); }
-  ~Lifetime() { misbehave("unload"); }
+  ~Lifetime() {
+    misbehave("unload");
+    if (is_any_open()) misbehave("late");
+  }
 } lifetime;
 
 }  // namespace

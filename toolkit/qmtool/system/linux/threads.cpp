@@ -10,9 +10,4 @@ std::size_t thread_count() {
       std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
 }
 
-// The caller tidies up the stack here.
-std::optional<std::ptrdiff_t> stack_drift(qm_call_fn, std::uint32_t, std::uint32_t, void*) {
-  return std::nullopt;
-}
-
 }  // namespace qmtool

@@ -6,6 +6,7 @@
 
 #include <qm/text.hpp>
 
+#include "toolkit/qmtool/system/process.h"
 #include "toolkit/qmtool/system/program.h"
 #include "toolkit/qmtool/system/windows/error_text.h"
 #include "toolkit/qmtool/system/windows/module_path.h"
@@ -75,9 +76,12 @@ bool needs_no_file(std::string_view library) {
 
 bool is_symbol_at_hand(std::string_view) { return false; }
 
-LoadedLibrary::LoadedLibrary(const std::filesystem::path& file, std::string& problem)
-    : os_(::LoadLibraryW(file.c_str())) {
-  if (os_ == nullptr) problem = error_text(::GetLastError());
+LoadedLibrary::LoadedLibrary(const std::filesystem::path& file, std::string& problem) {
+  forget_crash();
+  os_ = ::LoadLibraryW(file.c_str());
+  if (os_ != nullptr) return;
+  problem = error_text(::GetLastError());
+  end_if_crashed();
 }
 
 LoadedLibrary& LoadedLibrary::operator=(LoadedLibrary&& from) noexcept {
@@ -86,7 +90,10 @@ LoadedLibrary& LoadedLibrary::operator=(LoadedLibrary&& from) noexcept {
 }
 
 LoadedLibrary::~LoadedLibrary() {
-  if (os_ != nullptr) ::FreeLibrary(static_cast<HMODULE>(os_));
+  if (os_ == nullptr) return;
+  forget_crash();
+  ::FreeLibrary(static_cast<HMODULE>(os_));
+  end_if_crashed();
 }
 
 void* LoadedLibrary::find(const char* name) const {

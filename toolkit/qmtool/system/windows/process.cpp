@@ -142,6 +142,14 @@ void note_ending(DWORD code, ChildResult& result) {
   result.crash = known != std::end(kCrashNames) ? known->name : number;
 }
 
+DWORD last_crash = 0;
+
+LONG WINAPI note_crash(EXCEPTION_POINTERS* exception) {
+  const DWORD code = exception->ExceptionRecord->ExceptionCode;
+  if (code >= 0xC0000000) last_crash = code;
+  return EXCEPTION_CONTINUE_SEARCH;
+}
+
 // A crash that reaches the system would show a dialog or start a debugger.
 LONG WINAPI end_with_code(EXCEPTION_POINTERS* crash) {
   ::TerminateProcess(::GetCurrentProcess(), crash->ExceptionRecord->ExceptionCode);
@@ -195,6 +203,13 @@ void end_at_once() {
 void end_quietly_on_crash() {
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
   ::SetUnhandledExceptionFilter(&end_with_code);
+  ::AddVectoredExceptionHandler(1, &note_crash);
+}
+
+void forget_crash() { last_crash = 0; }
+
+void end_if_crashed() {
+  if (last_crash != 0) ::TerminateProcess(::GetCurrentProcess(), last_crash);
 }
 
 }  // namespace qmtool

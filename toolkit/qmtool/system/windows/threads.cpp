@@ -19,33 +19,4 @@ std::size_t thread_count() {
   return count;
 }
 
-#ifdef _WIN64
-
-std::optional<std::ptrdiff_t> stack_drift(qm_call_fn, std::uint32_t, std::uint32_t, void*) {
-  return std::nullopt;
-}
-
-#else
-
-// A call compiled the usual way would put the stack pointer right in its own way, or fall over.
-std::optional<std::ptrdiff_t> stack_drift(qm_call_fn entry, std::uint32_t handle,
-                                          std::uint32_t code, void* record) {
-  std::ptrdiff_t drift = 0;
-  asm volatile(
-      "movl %%esp, %%esi\n\t"
-      "pushl %%edx\n\t"
-      "pushl %%ecx\n\t"
-      "pushl %%ebx\n\t"
-      "call *%%eax\n\t"
-      "movl %%esi, %%ecx\n\t"
-      "subl %%esp, %%ecx\n\t"
-      "movl %%esi, %%esp"
-      : "=&c"(drift), "+a"(entry), "+b"(handle), "+d"(record)
-      : "0"(code)
-      : "esi", "cc", "memory");
-  return drift;
-}
-
-#endif
-
 }  // namespace qmtool
