@@ -51,6 +51,11 @@ if(NOT WIN32)
 endif()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/toolkit/template"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/qmsd7")
+# As pip takes it, and as it runs where it lies.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/toolkit/python"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/qmsd7"
+  PATTERN tests EXCLUDE PATTERN .* EXCLUDE PATTERN __pycache__ EXCLUDE
+  PATTERN "*.egg-info" EXCLUDE PATTERN build EXCLUDE)
 
 install(EXPORT qmsd7Targets NAMESPACE qmsd7:: DESTINATION "${QMSD_PACKAGE_DIR}")
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/qmsd7Config.cmake.in"
@@ -91,6 +96,7 @@ else()
   set(CPACK_SYSTEM_NAME linux-${CMAKE_SYSTEM_PROCESSOR})
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
+  set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3 (>= 3.9)")
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 endif()
 include(CPack)

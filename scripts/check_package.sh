@@ -4,7 +4,7 @@
 # usage: check_package.sh PREFIX FOLDER [STEP...]
 #
 # PREFIX is where the package was installed or unpacked, FOLDER where the projects are made anew. The
-# steps are contents, template, examples, pkg_config and c_project; without one, all of them.
+# steps are contents, template, examples, pkg_config, c_project and python; without one, all of them.
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -58,7 +58,9 @@ check_links() {
 try_contents() {
   local file files=(include/qmsd7.h include/qm/client.hpp include/qm/module.hpp
     lib/cmake/qmsd7/qmsd7Config.cmake lib/pkgconfig/qmsd7.pc
-    lib/pkgconfig/qmsd7-module.pc share/qmsd7/template/new.cmake)
+    lib/pkgconfig/qmsd7-module.pc share/qmsd7/template/new.cmake
+    share/qmsd7/python/pyproject.toml share/qmsd7/python/README.md
+    share/qmsd7/python/qmsd7/__init__.py share/qmsd7/python/qmsd7/py.typed)
   if [[ $SYSTEM == windows ]]; then
     files+=(bin/QMSD7.dll bin/qmproperty.dll lib/libQMSD7.dll.a)
   else
@@ -131,8 +133,39 @@ TEXT
     die "The module has no version block."
 }
 
+# The Python package where it lies. No Python runs under Wine: of the Windows package's copy only the
+# syntax is looked at.
+try_python() {
+  local package=$PREFIX/share/qmsd7/python
+  if [[ $SYSTEM == windows ]]; then
+    PYTHONPYCACHEPREFIX=$FOLDER/python-cache python3 -m compileall -q "$package"
+    return
+  fi
+  rm -rf "$FOLDER/python"
+  mkdir "$FOLDER/python"
+  (cd "$FOLDER/python" && PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$package LD_LIBRARY_PATH=$PREFIX/lib \
+    python3) <<'TEXT'
+import qmsd7
+
+with qmsd7.Kernel.load() as kernel:
+    print(kernel.info().description)
+    with kernel.open("qmproperty") as properties:
+        print(properties.info().description, properties.info().version)
+    with kernel.container() as numbers:
+        for number in 1, 2, 3:
+            numbers.items.add(number).close()
+        assert [item.as_int() for item in numbers.items] == [1, 2, 3]
+    try:
+        kernel.open("no_such_module")
+    except qmsd7.Error as error:
+        assert error.code == qmsd7.ErrorCode.LOAD
+    else:
+        raise SystemExit("a module that is not there was opened")
+TEXT
+}
+
 if (($# == 0)); then
-  set -- contents template examples pkg_config c_project
+  set -- contents template examples pkg_config c_project python
 fi
 for step in "$@"; do
   say "$step ($SYSTEM)"

@@ -15,7 +15,7 @@ readonly LINT_PACKAGES=(clang-tidy-14 shellcheck)
 readonly FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev)
 readonly BENCH_PACKAGES=(libbenchmark-dev libglib2.0-dev nlohmann-json3-dev)
 readonly COVERAGE_PACKAGES=(gcovr)
-readonly DELIVERY_PACKAGES=(dpkg-dev file)
+readonly DELIVERY_PACKAGES=(dpkg-dev file python3)
 
 is_installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Abbrev}' "$1" 2>/dev/null) == 'ii '* ]]
