@@ -146,7 +146,9 @@ class Children:
         """
         return self._child(self._codes.get, place)
 
-    __getitem__ = get
+    def __getitem__(self, place: Place) -> "Variant":
+        """The child as `get` tells it; negative indices count from the end."""
+        return self.get(self._from_start(place))
 
     def take(self, place: Place) -> "Variant":
         """Takes the child out of the list. Owner: the result, of the list's reference.
@@ -163,7 +165,9 @@ class Children:
         """Removes the child and gives the list's reference back. Errors: as for `get`."""
         self._call(self._codes.delete, where(place))
 
-    __delitem__ = remove
+    def __delitem__(self, place: Place) -> None:
+        """Removes the child; negative indices count from the end."""
+        self.remove(self._from_start(place))
 
     def insert(self, child: "Variant", place: Place = Where.last()) -> int:
         """Inserts a variant before the place, at the end unless told otherwise.
@@ -234,6 +238,9 @@ class Children:
                     return
                 raise
             yield child
+
+    def _from_start(self, place: Place) -> Place:
+        return place + len(self) if isinstance(place, int) and place < 0 else place
 
     def _call(
         self, function: int, place: Where, child: Optional[int] = None

@@ -61,6 +61,10 @@ class Owner:
         self._finalizer.detach()
         return raw
 
+    def __repr__(self) -> str:
+        state = "closed" if self.closed else f"{self._raw:#x}"
+        return f"<{type(self).__module__}.{type(self).__qualname__} {state}>"
+
     def __enter__(self: Self) -> Self:
         return self
 

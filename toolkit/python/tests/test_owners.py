@@ -1,5 +1,7 @@
 """Owners: what is handed out is given back exactly once, whatever happens."""
 import gc
+import subprocess
+import sys
 import threading
 import unittest
 
@@ -110,6 +112,28 @@ class Owners(KernelCase):
         for thread in threads:
             thread.join()
         self.assertEqual(problems, [])
+
+    def test_are_shown_with_their_raw_value(self) -> None:
+        with self.kernel.open("excounter") as counter:
+            self.assertEqual(repr(counter), "<qmsd7.module.Module 0x10000>")
+        self.assertEqual(repr(counter), "<qmsd7.module.Module closed>")
+
+    def test_that_are_left_open_do_not_keep_a_program_from_ending(self) -> None:
+        program = """
+import sys, threading, qmsd7
+kernel = qmsd7.Kernel.load(sys.argv[1])
+left = [kernel.open("excounter"), kernel.variant([1]), kernel.allocate(5), kernel.create_slot()]
+cycle = [kernel.container()]
+cycle.append(cycle)
+def call():
+    while True:
+        kernel.call(qmsd7.Call.NOP)
+threading.Thread(target=call, daemon=True).start()
+print("left", len(left))
+"""
+        command = [sys.executable, "-c", program, str(KERNEL)]
+        ended = subprocess.run(command, capture_output=True, text=True, timeout=60, check=False)
+        self.assertEqual((ended.returncode, ended.stdout, ended.stderr), (0, "left 4\n", ""))
 
     def test_errors_stay_as_they_were_captured(self) -> None:
         with self.assertRaises(qmsd7.Error) as first:

@@ -2,6 +2,7 @@
 import array
 import datetime
 import math
+import sys
 import unittest
 from typing import Any
 
@@ -10,6 +11,7 @@ from qmsd7 import Type, Value, Where
 from surroundings import KernelCase, speak_english
 
 speak_english()
+LETTERS = "w" if sys.version_info >= (3, 13) else "u"  # no numbers
 
 
 class Values(KernelCase):
@@ -63,7 +65,7 @@ class Values(KernelCase):
             Value.floating(1e300, size=4)
         with self.fails(34):
             Value.floating(0.1, size=4)
-        for make in (lambda: Value.signed(1, size=3), lambda: Value.of(array.array("u", "a")),
+        for make in (lambda: Value.signed(1, size=3), lambda: Value.of(array.array(LETTERS, "a")),
                      lambda: Value.of([1, "a"])):  # type: ignore[list-item]
             with self.fails(22):
                 make()
@@ -219,8 +221,10 @@ class Lists(KernelCase):
         for place in (3, "c", Where.named("a", 2), Where.named(None)):
             with self.subTest(place=place), self.fails(2):
                 self.list.get(place)
-        with self.fails(22):
-            self.list.get(-1)
+        self.assertEqual((self.list[-1].value(), self.list[-3].value()), (2, 0))
+        for read in (lambda: self.list.get(-1), lambda: self.list[-4]):
+            with self.fails(22, "(ix)"):
+                read()
 
     def test_are_counted(self) -> None:
         self.assertEqual(len(self.list), 3)
@@ -230,7 +234,7 @@ class Lists(KernelCase):
             len(self.kernel.variant(5).items)
 
     def test_are_changed(self) -> None:
-        del self.list[0]
+        del self.list[-3]
         self.list.remove("b")
         self.assertEqual(self.values(), [2])
         with self.kernel.variant(7, "new") as child:
