@@ -238,10 +238,10 @@ class Formatter {
   void print_character(const Conversion& conversion) noexcept {
     const int argument = arguments_.next<int>();
     if (is_own_kind(conversion)) {
-      const Char character = static_cast<Char>(argument);
+      const auto character = static_cast<Char>(argument);
       return print_padded(conversion, &character, 1);
     }
-    const Other other = static_cast<Other>(argument);
+    const auto other = static_cast<Other>(argument);
     // A character that cannot be converted prints as nothing, which is no failure.
     print_padded(conversion, &other, convert(&other, 1).taken);
   }

@@ -24,7 +24,7 @@ constexpr CodePoint decode_utf8(std::string_view text) noexcept {
   if (lead < 0xC0 || lead > 0xF7) return kMalformed;
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
   if (text.size() < length) return kMalformed;
-  char32_t point = lead & (0x7Fu >> length);
+  char32_t point = lead & (0x7F >> length);
   for (const char trail : text.substr(1, length - 1)) {
     if ((trail & 0xC0) != 0x80) return kMalformed;
     point = point << 6 | (trail & 0x3F);
