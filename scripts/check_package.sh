@@ -4,7 +4,8 @@
 # usage: check_package.sh PREFIX FOLDER [STEP...]
 #
 # PREFIX is where the package was installed or unpacked, FOLDER where the projects are made anew. The
-# steps are contents, template, examples, pkg_config, c_project and python; without one, all of them.
+# steps are contents, tool, template, examples, pkg_config, c_project and python; without one, all of
+# them.
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -57,14 +58,14 @@ check_links() {
 
 try_contents() {
   local file files=(include/qmsd7.h include/qm/client.hpp include/qm/module.hpp
-    lib/cmake/qmsd7/qmsd7Config.cmake lib/pkgconfig/qmsd7.pc
+    "bin/qmtool$EXE" lib/cmake/qmsd7/qmsd7Config.cmake lib/pkgconfig/qmsd7.pc
     lib/pkgconfig/qmsd7-module.pc share/qmsd7/template/new.cmake
     share/qmsd7/python/pyproject.toml share/qmsd7/python/README.md
     share/qmsd7/python/qmsd7/__init__.py share/qmsd7/python/qmsd7/py.typed)
   if [[ $SYSTEM == windows ]]; then
     files+=(bin/QMSD7.dll bin/qmproperty.dll lib/libQMSD7.dll.a)
   else
-    files+=(lib/libqmsd7.so lib/qm/qmproperty.so)
+    files+=(lib/libqmsd7.so lib/qm/qmproperty.so share/bash-completion/completions/qmtool)
   fi
   for file in "${files[@]}"; do
     [[ -f $PREFIX/$file ]] || die "The package lacks $file."
@@ -76,6 +77,15 @@ try_contents() {
   file=$(find "$PREFIX" -name qmproperty.toml ! -path "$DOCUMENTS/examples/*")
   [[ -z $file ]] || die "The package brings properties of its own: $file"
   check_links
+}
+
+# The command-line tool finds the kernel, and the kernel its modules, by where they lie.
+try_tool() {
+  local tool=("${RUN[@]}" "$PREFIX/bin/qmtool$EXE")
+  "${tool[@]}" inspect qmproperty
+  "${tool[@]}" list 'qm*' | tr -d '\r' | grep -qE '^ +qmproperty ' || die "The tool lists no modules."
+  "${tool[@]}" --json groups | python3 -m json.tool >/dev/null
+  "${tool[@]}" validate qmproperty --quiet
 }
 
 try_template() {
@@ -165,7 +175,7 @@ TEXT
 }
 
 if (($# == 0)); then
-  set -- contents template examples pkg_config c_project python
+  set -- contents tool template examples pkg_config c_project python
 fi
 for step in "$@"; do
   say "$step ($SYSTEM)"

@@ -4,8 +4,9 @@
 usage: doc_session.py DOCUMENT.md FOLDER
 
 Fenced blocks marked "<language> file=NAME" are written to FOLDER; with "like=PATH" they have to be
-that file of the project. Blocks marked "sh run" are run there, a command a line; a block marked
-"text output" is what the command before it has to print. EMULATOR runs programs for another system.
+that file of the project. Blocks marked "sh run" are run there, a command a line, those with
+"on=linux" or "on=windows" only for that system; a block marked "text output" is what the command
+before it has to print. "qmtool" is the one of the package in QM. EMULATOR runs programs for Windows.
 """
 import os
 import pathlib
@@ -14,6 +15,10 @@ import shutil
 import subprocess
 import sys
 
+SYSTEM = "windows" if "EMULATOR" in os.environ else "linux"
+TOOL = 'qmtool() { "$QM/bin/qmtool" "$@"; }\n'
+if SYSTEM == "windows":
+    TOOL = 'qmtool() { $EMULATOR "$QM/bin/qmtool.exe" "$@"; }\n'
 PROJECT = pathlib.Path(__file__).resolve().parent.parent
 BLOCK = re.compile(r"^```(\w+)((?: \S+)+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
@@ -32,7 +37,7 @@ def run(folder, command):
     program = re.match(r"\./\S+", command)
     if program and (folder / (program[0] + ".exe")).is_file():
         command = f"{os.environ['EMULATOR']} {program[0]}.exe{command[program.end():]}"
-    done = subprocess.run(["bash", "-c", command], cwd=folder, stdin=subprocess.DEVNULL,
+    done = subprocess.run(["bash", "-c", TOOL + command], cwd=folder, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, text=True)
     if done.returncode != 0:
         sys.exit(f"{done.stdout}{command}: ended with {done.returncode}")
@@ -48,7 +53,7 @@ def main(document, folder):
         options = dict(word.partition("=")[::2] for word in words.split())
         if "file" in options:
             write(folder, options, content)
-        elif language == "sh" and "run" in options:
+        elif language == "sh" and "run" in options and options.get("on", SYSTEM) == SYSTEM:
             for command in content.replace("\\\n", " ").splitlines():
                 printed = run(folder, command)
                 runs += 1

@@ -89,7 +89,7 @@ void add_completion_command(CommandSet& commands);
 // Not for people: what this program starts itself for.
 void add_probe_command(CommandSet& commands);
 
-// Reads the arguments, in UTF-8 and without the program's name, and runs the command that they name.
+// Reads the arguments, in UTF-8 and without the program's name, and runs the command they name.
 int run_command_line(std::vector<std::string> arguments);
 
 }  // namespace qmtool

@@ -22,8 +22,8 @@ class Tool {
   std::string kernel_file;  // UTF-8; empty: the one that belongs to this program
   int exit_code = kDone;
 
-  // Loaded at the first use: a module that spoils the start of the kernel, a broken property module,
-  // must not spoil commands that only look at it.
+  // Loaded at the first use: a module that spoils the start of the kernel, a broken property
+  // module, must not spoil commands that only look at it.
   // Errors: qm::Error when the library cannot be loaded.
   qm::Kernel kernel();
 

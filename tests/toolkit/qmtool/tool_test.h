@@ -1,5 +1,5 @@
-// The fixture of all tests of the tool: a folder of its own with the tool, the kernel and the modules
-// that the test puts there, and nothing else.
+// The fixture of all tests of the tool: a folder of its own with the tool, the kernel and the
+// modules that the test puts there, and nothing else.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -18,7 +18,8 @@ struct Options {
 
 constexpr const char* kScript = R"(# Completes the command lines of qmtool.
 _qmtool() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} word command= words=
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  local word command= words=
   for word in "${COMP_WORDS[@]:1:COMP_CWORD - 1}"; do
     case $word in
       -*) ;;
@@ -77,11 +78,15 @@ void fill(std::string& script, std::string_view place, const std::string& with) 
   script.replace(script.find(place), place.size(), with);
 }
 
-int run(const Options& options, Tool&) {
+int run(const Options& options, Tool& tool) {
   std::string script = kScript;
   fill(script, "@TYPES@", names_of_types());
   fill(script, "@COMMANDS@", words_of_commands(options.commands));
-  print_line(script.substr(0, script.size() - 1));
+  if (tool.json) {
+    print_json({{"shell", options.shell}, {"script", script}});
+  } else {
+    print_line(script.substr(0, script.size() - 1));
+  }
   return kDone;
 }
 

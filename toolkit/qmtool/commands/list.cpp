@@ -11,6 +11,7 @@
 #include "toolkit/qmtool/output.h"
 #include "toolkit/qmtool/properties.h"
 #include "toolkit/qmtool/system/files.h"
+#include "toolkit/qmtool/system/libraries.h"
 #include "toolkit/qmtool/system/program.h"
 #include "toolkit/qmtool/text.h"
 
@@ -65,23 +66,29 @@ std::vector<qm::InstalledModule> listing(qm::Kernel kernel, const std::string& p
   return modules;
 }
 
-// The folder of a program comes before all others when a module is loaded, but the kernel does not
-// list it. Seen from there it is the current one.
-std::vector<qm::InstalledModule> complete_listing(qm::Kernel kernel, const std::string& pattern) {
-  const auto program_folder = program_file().parent_path();
-  std::vector<qm::InstalledModule> modules;
-  {
-    const CurrentFolder there(program_folder);
-    modules = listing(kernel, pattern);
-  }
+// Seen from there, a folder that the kernel does not list is the current one.
+std::vector<qm::InstalledModule> listing_of(const Folder& folder, qm::Kernel kernel,
+                                            const std::string& pattern) {
+  if (!std::filesystem::is_directory(folder.path)) return {};
+  const CurrentFolder there(folder.path);
+  auto modules = listing(kernel, pattern);
   std::erase_if(modules, [&](const qm::InstalledModule& module) {
-    return path_of(module.path).parent_path() != program_folder;
+    return path_of(module.path).parent_path() != folder.path;
   });
-  for (qm::InstalledModule& module : listing(kernel, pattern)) {
-    const bool known =
-        std::ranges::find(modules, module.path, &qm::InstalledModule::path) != modules.end();
-    if (!known) modules.push_back(std::move(module));
-  }
+  return modules;
+}
+
+std::vector<qm::InstalledModule> complete_listing(qm::Kernel kernel, const std::string& pattern) {
+  std::vector<qm::InstalledModule> modules;
+  const auto append = [&](std::vector<qm::InstalledModule> more) {
+    for (qm::InstalledModule& module : more) {
+      const bool known =
+          std::ranges::find(modules, module.path, &qm::InstalledModule::path) != modules.end();
+      if (!known) modules.push_back(std::move(module));
+    }
+  };
+  for (const Folder& folder : unlisted_folders()) append(listing_of(folder, kernel, pattern));
+  append(listing(kernel, pattern));
   return modules;
 }
 

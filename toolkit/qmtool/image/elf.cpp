@@ -1,5 +1,5 @@
-// Library files of Linux. All that the dynamic loader reads hangs on the program headers; sections may
-// be stripped.
+// Library files of Linux. All that the dynamic loader reads hangs on the program headers; sections
+// may be stripped.
 #include <algorithm>
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The readers of the two formats. They throw Damage, and leave in `image` what they had read so far.
+// The readers of the two formats. They throw Damage; `image` then holds what was read up to there.
 #pragma once
 
 #include "toolkit/qmtool/image/bytes.h"

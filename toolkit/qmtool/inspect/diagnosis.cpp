@@ -39,7 +39,7 @@ class Diagnostician {
   }
 
   void accept(const ProbeResult& trial) {
-    result_.file = path_of(trial.text("file"));
+    result_.file = path_of(trial.text("file")).lexically_normal();
     check_file(result_);
     // The kernel has the last word.
     result_.finding.reset();

@@ -8,9 +8,9 @@
 
 namespace qmtool {
 
-// NAME GROUP: opens and closes the module as a program would. Sends "alias" (what the property store
-// has for the name), then "opened", "file", "information", "versions" and "groups", or "error" with
-// "code" and "message".
+// NAME GROUP: opens and closes the module as a program would. Sends "alias" (what the property
+// store has for the name), then "opened", "file", "information", "versions" and "groups", or
+// "error" with "code" and "message".
 void open_by_kernel(const std::vector<std::string>& arguments, Tool& tool, Report& report);
 
 // FILE GROUP: does by itself what the kernel does with a library, and enters the stages "load",

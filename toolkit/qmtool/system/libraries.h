@@ -27,6 +27,8 @@ extern const char* const kKernelLibrary;
 
 // Where a library asked for by its bare name is looked for, first folder first.
 std::vector<Folder> library_folders();
+// Those of them that hold for modules although the kernel does not list them.
+std::vector<Folder> unlisted_folders();
 // The folder of the kernel family's own modules, tried last.
 Folder family_folder();
 // The environment variable that names further folders.

@@ -19,8 +19,8 @@ struct ChildResult {
   std::chrono::milliseconds lasted{};
 };
 
-// Runs this program with these arguments and "--report NUMBER" behind them. Its standard streams lead
-// nowhere. May be called from several threads at once.
+// Runs this program with these arguments and "--report NUMBER" behind them. Its standard streams
+// lead nowhere. May be called from several threads at once.
 // Errors: std::system_error when no process can be started.
 ChildResult run_self(std::vector<std::string> arguments, std::chrono::milliseconds limit);
 
@@ -30,8 +30,8 @@ void send_report(std::uint64_t number, std::string_view piece);
 [[noreturn]] void end_at_once();
 // In the child: a crash ends the process at once, without a dialog, a debugger or a core file.
 void end_quietly_on_crash();
-// A loader may take a crash of the code that it runs for a refusal, or pass over it. Once it is back,
-// the crash ends the child after all; nothing is noted in other processes.
+// A loader may take a crash of the code that it runs for a refusal, or pass over it. Once it is
+// back, the crash ends the child after all; nothing is noted in other processes.
 void forget_crash();
 void end_if_crashed();
 

@@ -10,7 +10,7 @@ namespace qmtool {
 
 class Subject;
 
-// What has to be well before a check makes sense.
+// What has to be well before a check makes sense: each needs those before it.
 enum class Needs { nothing, file, load, open };
 
 enum class Weight {
@@ -54,9 +54,10 @@ std::span<const Check> end_checks();
 
 // All of them in the order in which they are shown.
 const std::vector<const Check*>& all_checks();
-// Those on which the others rest.
+// Those on which the others rest, and all of them in the order of Needs.
 inline constexpr const char* kFileCheck = "file.fits";
 inline constexpr const char* kLoadCheck = "load.loads";
 inline constexpr const char* kOpenCheck = "open.opens";
+inline constexpr const char* kFoundations[] = {kFileCheck, kLoadCheck, kOpenCheck};
 
 }  // namespace qmtool

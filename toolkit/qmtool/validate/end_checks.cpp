@@ -1,4 +1,4 @@
-// Checks of the end of a process that uses the module. They go on after their function has returned.
+// Checks of the end of a process that uses the module. They go on when their function is through.
 #include "toolkit/qmtool/validate/check.h"
 #include "toolkit/qmtool/validate/subject.h"
 
@@ -7,15 +7,14 @@ namespace {
 
 void ends_after_close(Subject& module) { module.open().close(); }
 
-// The kernel closes what is still open when it ends itself.
+// Where the system lets it, the kernel closes at its end what is still open.
 void ends_with_instance(Subject& module) { static_cast<void>(module.open().release()); }
 
 void ends_loaded(Subject& module) { module.load().keep(); }
 
 constexpr const char* kEndAdvice =
     "Expect a close after the destructors of static objects: keep instances in plain data, or "
-    "never "
-    "destroy what holds them.";
+    "never destroy what holds them.";
 
 constexpr Check kChecks[] = {
     {"end.closed", "A program ends well after the last close",

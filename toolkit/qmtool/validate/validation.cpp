@@ -52,29 +52,36 @@ class Validation {
   }
 
  private:
-  // The checks on which the others rest come first, and end with the first one that fails.
+  // One that is passed shows that those below it would be, too.
   void find_what_holds() {
-    for (const char* name : {kFileCheck, kLoadCheck, kOpenCheck}) {
-      foundations_.push_back(try_out(check_named(name)));
-      if (foundations_.back().verdict == Verdict::failed) return;
+    const auto most = std::ranges::max(options_.checks, {}, &Check::needs)->needs;
+    for (auto rank = static_cast<std::size_t>(most); rank > 0; --rank) {
+      foundations_.push_back(try_out(check_named(kFoundations[rank - 1])));
+      if (foundations_.back().verdict != Verdict::failed) return;
     }
   }
 
   CheckResult result_of(const Check& check) const {
-    for (const CheckResult& known : foundations_) {
-      if (known.check == &check) return known;
-    }
     if (const Check* missing = missing_foundation(check)) {
       return {&check, Verdict::skipped, std::string(missing->name) + " failed", {}};
     }
-    return try_out(check);
+    const auto known = std::ranges::find(foundations_, &check, &CheckResult::check);
+    return known != foundations_.end() ? *known : try_out(check);
   }
 
+  // The lowest one that failed, if the check needs it.
   const Check* missing_foundation(const Check& check) const {
-    const CheckResult& last = foundations_.back();
-    const bool failed = last.verdict == Verdict::failed;
-    return failed && foundations_.size() <= static_cast<std::size_t>(check.needs) ? last.check
-                                                                                  : nullptr;
+    for (std::size_t rank = 1; rank <= static_cast<std::size_t>(check.needs); ++rank) {
+      const CheckResult* const result = foundation(kFoundations[rank - 1]);
+      if (result != nullptr && result->verdict == Verdict::failed) return result->check;
+    }
+    return nullptr;
+  }
+
+  const CheckResult* foundation(std::string_view name) const {
+    const auto found = std::ranges::find_if(
+        foundations_, [&](const CheckResult& result) { return result.check->name == name; });
+    return found != foundations_.end() ? &*found : nullptr;
   }
 
   CheckResult try_out(const Check& check) const {
@@ -86,7 +93,7 @@ class Validation {
 
   const Tool& tool_;
   const ValidationOptions& options_;
-  std::vector<CheckResult> foundations_;
+  std::vector<CheckResult> foundations_;  // what was tried of them
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "toolkit/qmtool/system/files.h"
 #include "toolkit/qmtool/system/linux/loader_cache.h"
 #include "toolkit/qmtool/system/program.h"
 #include "toolkit/qmtool/text.h"
@@ -24,23 +25,46 @@ std::string what_is(unsigned flags) {
   return "a folder of the system's libraries";
 }
 
-void append_loader_folders(std::vector<Folder>& folders) {
+std::vector<Folder> folders_of_loader() {
+  std::vector<Folder> folders;
   void* const program = ::dlopen(nullptr, RTLD_LAZY);
   Dl_serinfo size{};
-  if (::dlinfo(program, RTLD_DI_SERINFOSIZE, &size) != 0) return;
+  if (::dlinfo(program, RTLD_DI_SERINFOSIZE, &size) != 0) return {};
   std::vector<std::max_align_t> room(size.dls_size / sizeof(std::max_align_t) + 1);
   auto* const list = reinterpret_cast<Dl_serinfo*>(room.data());
   *list = size;
-  if (::dlinfo(program, RTLD_DI_SERINFO, list) != 0) return;
+  if (::dlinfo(program, RTLD_DI_SERINFO, list) != 0) return {};
   for (unsigned i = 0; i < list->dls_cnt; ++i) {
     const Dl_serpath& entry = list->dls_serpath[i];
-    folders.push_back({entry.dls_name, what_is(entry.dls_flags),
+    folders.push_back({std::filesystem::path(entry.dls_name).lexically_normal(),
+                       what_is(entry.dls_flags),
                        (entry.dls_flags & (LA_SER_LIBPATH | LA_SER_RUNPATH)) == 0});
   }
+  return folders;
 }
 
 bool contains(const std::vector<Folder>& folders, const std::filesystem::path& path) {
   return std::ranges::find(folders, path, &Folder::path) != folders.end();
+}
+
+// The kernel's own run path holds for what it loads.
+std::vector<Folder> folders_of_kernel(const std::vector<Folder>& where_it_is_looked_for) {
+  std::vector<Folder> folders;
+  for (const Folder& place : where_it_is_looked_for) {
+    const auto kernel = place.path / kKernelLibrary;
+    if (!std::filesystem::exists(kernel)) continue;
+    const MappedFile file(kernel);
+    folders = folders_of_library(kernel, read_image(file.bytes()).image);
+    for (Folder& folder : folders) folder.what = "the kernel's run path";
+    break;
+  }
+  return folders;
+}
+
+void append(std::vector<Folder>& folders, const std::vector<Folder>& more) {
+  for (const Folder& folder : more) {
+    if (!contains(folders, folder.path)) folders.push_back(folder);
+  }
 }
 
 void replace_all(std::string& text, std::string_view what, std::string_view by) {
@@ -60,10 +84,18 @@ const char* const kKernelLibrary = "libqmsd7.so.7";
 std::vector<Folder> library_folders() {
   std::vector<Folder> folders = {{program_file().parent_path(), "the program's folder", false},
                                  {std::filesystem::current_path(), "the current folder", false}};
-  append_loader_folders(folders);
+  const std::vector<Folder> of_loader = folders_of_loader();
+  append(folders, folders_of_kernel(of_loader));
+  append(folders, of_loader);
   for (auto& path : folders_of_loader_cache()) {
     if (!contains(folders, path)) folders.push_back({path, "a folder of the system's list", true});
   }
+  return folders;
+}
+
+std::vector<Folder> unlisted_folders() {
+  std::vector<Folder> folders = {{program_file().parent_path(), "the program's folder", false}};
+  append(folders, folders_of_kernel(folders_of_loader()));
   return folders;
 }
 

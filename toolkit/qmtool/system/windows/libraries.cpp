@@ -56,6 +56,10 @@ std::vector<Folder> library_folders() {
   return folders;
 }
 
+std::vector<Folder> unlisted_folders() {
+  return {{program_file().parent_path(), "the program's folder", false}};
+}
+
 Folder family_folder() {
   return {directory_from(&::GetSystemDirectoryW) / "qm", "the family's folder", false};
 }
