@@ -120,6 +120,11 @@ void tell_kernel_entry(ModuleRecord& record) {
   call_module(record, 0, QM_CALL_SETKERNELENTRY, &notice);
 }
 
+// Without a table there are no modules.
+ModuleTable::Found take_use(ModuleTable* modules, const qm_wchar* name, ModuleUse& use) {
+  return modules != nullptr ? modules->take(name, use) : ModuleTable::Found::absent;
+}
+
 enum class Loaded { yes, no, elsewhere };
 
 // Loads the module for its first call. `no` leaves the error of the failed step; `elsewhere` means
@@ -169,7 +174,7 @@ std::int32_t registry_call(const qm_wchar* name, std::uint32_t handle, std::uint
   for (BoundedWait wait; !wait.is_over();) {
     ModuleUse use;
     const std::uint32_t ended_loads = modules ? modules->ended_loads() : 0;
-    const auto found = modules ? modules->take(name, use) : ModuleTable::Found::absent;
+    const auto found = take_use(modules, name, use);
     if (found == ModuleTable::Found::ready) return call_loaded(*modules, use, call, mode);
     if (found == ModuleTable::Found::loading_here) return fail_busy(name);
     if (found == ModuleTable::Found::loading) {

@@ -65,7 +65,7 @@ void SlotTable::release(Slot& slot) {
   const auto at = std::find(slots_.begin(), slots_.end(), &slot);
   slots_.erase(static_cast<std::size_t>(at - slots_.begin()));
   slot.id = 0;
-  Owner{&slot};
+  const Owner dead{&slot};
   // Empty places alone do not keep the array.
   const bool is_empty =
       std::all_of(slots_.begin(), slots_.end(), [](const Slot* other) { return other == nullptr; });

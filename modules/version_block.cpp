@@ -108,7 +108,7 @@ bool fixed_version(VersionBlock block, std::uint32_t& version) {
   const VersionBlock info = block.substr(root.value, kNeeded);
   if (info[0] != 0x04BD || info[1] != 0xFEEF) return false;
   version = 0;
-  for (const std::size_t part : kParts) version = version << 8 | (info[part] & 0xFFu);
+  for (const std::size_t part : kParts) version = version << 8 | (info[part] & 0xFFU);
   return true;
 }
 

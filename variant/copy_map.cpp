@@ -14,7 +14,7 @@ std::size_t doubled(std::size_t room) { return room == 0 ? kFirstRoom : room * 2
 // Fibonacci hashing; variants lie at least 16 bytes apart.
 std::size_t hash_of(const qm_variant* source) {
   const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(source) >> 4);
-  return static_cast<std::size_t>((address * 0x9E3779B97F4A7C15u) >> 32);
+  return static_cast<std::size_t>((address * 0x9E3779B97F4A7C15U) >> 32);
 }
 
 }  // namespace

@@ -149,9 +149,9 @@ static_assert(rising, "one row per code, in the order of the codes");
 constexpr std::size_t place_of(std::uint32_t code) { return (code >> 16 & 7) << 6 | (code & 63); }
 
 constexpr auto kRowAtPlace = [] {
-  std::array<std::uint8_t, 8 * 64> rows{};
-  for (std::uint8_t row = 0; row < std::size(kFunctions); ++row) {
-    rows[place_of(kFunctions[row].code)] = row;
+  std::array<std::uint8_t, std::size_t{8} * 64> rows{};
+  for (std::size_t row = 0; row < std::size(kFunctions); ++row) {
+    rows[place_of(kFunctions[row].code)] = static_cast<std::uint8_t>(row);
   }
   return rows;
 }();

@@ -28,7 +28,7 @@ bool create(const qm_wchar* path) {
 }
 
 // Null when there is none from `first` on.
-qm_wchar* last_backslash(qm_wchar* first, qm_wchar* end) {
+qm_wchar* last_backslash(const qm_wchar* first, qm_wchar* end) {
   while (end != first) {
     if (*--end == '\\') return end;
   }
