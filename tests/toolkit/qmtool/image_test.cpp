@@ -42,6 +42,22 @@ TEST(Images, TellTheNamesThatAreWanted) {
   EXPECT_NE(std::ranges::find(wanted, "far_number"), wanted.end());
 }
 
+TEST(Images, MayImportThousandsOfLibraries) {
+  const std::vector<std::string> libraries(5000, "another.dll");
+  const std::string content = windows_library_importing(libraries);
+  const ImageReading reading = read_image(content);
+  EXPECT_EQ(reading.fault, ImageFault::none) << reading.detail;
+  EXPECT_TRUE(std::ranges::equal(names_of_imports(reading.image), libraries));
+}
+
+TEST(Images, AreDamagedByANameWithoutAnEnd) {
+  std::string content = windows_library_importing({"near.dll"});
+  content.pop_back();
+  const ImageReading reading = read_image(content);
+  EXPECT_EQ(reading.fault, ImageFault::damaged);
+  EXPECT_EQ(reading.detail, "holds a name without an end");
+}
+
 // Every text of a reading has to lie within the file.
 void expect_inside(const ImageReading& reading, std::string_view file) {
   const auto inside = [&](std::string_view text) {

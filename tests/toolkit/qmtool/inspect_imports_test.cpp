@@ -75,7 +75,25 @@ TEST_F(InspectImports, NameTheOneThatIsNoLibrary) {
   EXPECT_EQ(inspect().cause, "unfit-import");
 }
 
+TEST_F(InspectImports, MayImportEachOtherInACircle) {
+  install("near");
+  install("near", "far");  // imports the library of its own name
+  const Found found = inspect();
+  EXPECT_EQ(found.cause, "missing-function");
+  expect_mention(found.problem, "far_number");
+}
+
 #ifdef _WIN32
+TEST_F(InspectImports, MayBeMissingByTheHundred) {
+  std::vector<std::string> libraries;
+  for (int i = 0; i < 500; ++i) libraries.push_back("missing" + std::to_string(i) + ".dll");
+  write(library("module"), windows_library_importing(libraries));
+  const Json document = json({"inspect", "module"}, 1);
+  EXPECT_EQ(document["cause"], "missing-import");
+  expect_mention(document["problem"], "missing0.dll");
+  EXPECT_EQ(document["imports"].size(), 500u);
+}
+
 TEST_F(InspectImports, TellThatNobodyLooksBesideTheModule) {
   std::filesystem::create_directory(folder() / "modules");
   for (const char* name : {"importing", "near", "far"}) {

@@ -19,20 +19,7 @@ std::size_t pe_header(const std::string& file) {
   return at + 4;
 }
 
-#ifdef _WIN32
-
-constexpr std::size_t kPeOptionalHeader = 20;
-
-std::string headers_for_linux() {
-  std::string file("\177ELF\2\1\1", 7);
-  file.resize(64);
-  put(file, 16, 3, 2);   // shared
-  put(file, 18, 62, 2);  // x86-64
-  return file;
-}
-
-#else
-
+// A library of 32 bits for Windows, without any section.
 std::string headers_for_windows() {
   std::string file = "MZ";
   file.resize(512);
@@ -45,9 +32,38 @@ std::string headers_for_windows() {
   return file;
 }
 
+constexpr std::size_t kPeOptionalHeader = 20;
+
+#ifdef _WIN32
+
+std::string headers_for_linux() {
+  std::string file("\177ELF\2\1\1", 7);
+  file.resize(64);
+  put(file, 16, 3, 2);   // shared
+  put(file, 18, 62, 2);  // x86-64
+  return file;
+}
+
 #endif
 
 }  // namespace
+
+// All of it is part of the headers, so that addresses are places in the file.
+std::string windows_library_importing(const std::vector<std::string>& libraries) {
+  constexpr std::size_t kEntrySize = 20;
+  std::string file = headers_for_windows();
+  const std::size_t table = file.size();
+  file.resize(table + (libraries.size() + 1) * kEntrySize);
+  for (std::size_t i = 0; i < libraries.size(); ++i) {
+    put(file, table + i * kEntrySize + 12, static_cast<std::uint32_t>(file.size()), 4);
+    file += libraries[i] + '\0';
+  }
+  const std::size_t optional = pe_header(file) + kPeOptionalHeader;
+  put(file, optional + 60, static_cast<std::uint32_t>(file.size()), 4);
+  put(file, optional + 92, 2, 4);  // tables of exports and imports
+  put(file, optional + 104, static_cast<std::uint32_t>(table), 4);
+  return file;
+}
 
 #ifdef _WIN32
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace qmtool_test {
 
@@ -11,6 +12,8 @@ namespace qmtool_test {
 std::string with_other_word_size(std::string library);
 std::string for_other_system();
 std::string for_other_machine(std::string library);
+// A library of 32 bits that imports these, and no names from them.
+std::string windows_library_importing(const std::vector<std::string>& libraries);
 // A library whose headers contradict themselves.
 std::string damaged(std::string library);
 
