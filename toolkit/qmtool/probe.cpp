@@ -42,6 +42,12 @@ void Report::send(const Json& facts) {
   send_report(number_, facts.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
+void Report::enter(std::string_view stage) { send({{"stage", stage}}); }
+
+bool ProbeResult::has(const char* name) const { return facts.contains(name); }
+
+std::string ProbeResult::text(const char* name) const { return facts.value(name, std::string()); }
+
 std::string ProbeResult::how_it_ended() const {
   switch (child.ending) {
     case Ending::crashed:

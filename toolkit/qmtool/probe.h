@@ -21,7 +21,7 @@ class Report {
   // Members that were sent before are replaced.
   void send(const Json& facts);
   // What is about to happen.
-  void enter(std::string_view stage) { send({{"stage", stage}}); }
+  void enter(std::string_view stage);
 
  private:
   std::uint64_t number_;
@@ -35,9 +35,9 @@ struct ProbeResult {
   ChildResult child;
   Json facts;  // all that was sent
 
-  bool has(const char* name) const { return facts.contains(name); }
+  bool has(const char* name) const;
   // Empty when no such text was sent.
-  std::string text(const char* name) const { return facts.value(name, std::string()); }
+  std::string text(const char* name) const;
   // The task came to its end.
   bool is_complete() const { return has("done"); }
   // "crashes (SIGSEGV)", "does not come back within 5000 ms", "ends the process with exit code 3"

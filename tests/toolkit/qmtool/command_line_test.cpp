@@ -62,6 +62,41 @@ TEST_F(CommandLine, JsonMayStandBeforeAndBehindTheCommand) {
   EXPECT_TRUE(Json::accept(run({"groups", "--json"}).output));
 }
 
+TEST_F(CommandLine, EveryCommandPrintsJson) {
+  install_store("[a]\nb = \"c\"\n");
+  const struct {
+    Arguments arguments;
+    int exit_code;
+  } kRows[] = {
+      {{"list"}, 0},
+      {{"list", "/a"}, 0},
+      {{"list", "/none"}, 1},
+      {{"inspect", "qmproperty"}, 0},
+      {{"inspect", "none"}, 1},
+      {{"validate", "qmproperty", "--check", "file.fits"}, 0},
+      {{"validate", "none", "--check", "file.fits"}, 1},
+      {{"validate", "--list"}, 0},
+      {{"call", "kernel", "NOP"}, 0},
+      {{"call", "none", "NOP"}, 1},
+      {{"set", "/a/d", "e"}, 0},
+      {{"get", "/a/d"}, 0},
+      {{"remove", "/a/d"}, 0},
+      {{"get", "/a/d"}, 1},
+      {{"groups"}, 0},
+      {{"errors", "2"}, 0},
+      {{"convert", "5", "--to", "u8"}, 0},
+      {{"convert", "5", "--to", "none"}, 2},
+      {{"date", "2024-02-29"}, 0},
+      {{"date", "some day"}, 1},
+      {{"bench", "--time", "10"}, 0},
+      {{"completion", "bash"}, 0},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.arguments.front());
+    EXPECT_FALSE(json(row.arguments, row.exit_code).empty());
+  }
+}
+
 TEST_F(CommandLine, MistakesAreJsonWhenItIsWanted) {
   for (const Arguments& arguments : {Arguments{"nonsense"}, Arguments{"inspect"},
                                      Arguments{"call", "kernel", "NOP", "no-field"}}) {

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 
+#include "toolkit/qmtool/probe.h"
 #include "toolkit/qmtool/validate/check.h"
 
 namespace qmtool {
+
+void Subject::enter(std::string_view stage) { report_.enter(stage); }
 
 const std::filesystem::path& Subject::file() {
   if (!file_.empty()) return file_;

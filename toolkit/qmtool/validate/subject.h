@@ -9,12 +9,13 @@
 
 #include "toolkit/qmtool/image/image.h"
 #include "toolkit/qmtool/inspect/target.h"
-#include "toolkit/qmtool/probe.h"
 #include "toolkit/qmtool/system/files.h"
 #include "toolkit/qmtool/system/libraries.h"
 #include "toolkit/qmtool/tool.h"
 
 namespace qmtool {
+
+class Report;
 
 // A function code that no module serves.
 inline constexpr std::uint32_t kUnknownCode = 0x7E570001;
@@ -44,7 +45,7 @@ class Subject {
       : tool_(tool), report_(report), options_(options), target_(target_of(options.module)) {}
 
   // What is about to happen, should it not come back: "while it is closed".
-  void enter(std::string_view stage) { report_.enter(stage); }
+  void enter(std::string_view stage);
 
   // Loaded at the first use: some checks want a process without it.
   qm::Kernel kernel() { return tool_.kernel(); }
