@@ -36,8 +36,8 @@ void close_library(Library library) noexcept;
 // Full path of a loaded library, cut and terminated; empty when it cannot be had.
 void library_path(Library library, qm_wchar* buffer, std::size_t length);
 
-// The directory whose `qm` folder holds the modules that belong to the kernel, without a trailing separator.
-// Empty when it does not fit.
+// The directory whose `qm` folder holds the modules that belong to the kernel, without a trailing
+// separator. Empty when it does not fit.
 void system_directory(qm_wchar* buffer, std::size_t length);
 // The same directory as the module listing sees it; false when the listing has to end without it.
 // On Windows it follows the variable SystemRoot of the live environment.

@@ -1,5 +1,5 @@
 // A system semaphore, created by whichever thread needs it first. If the system refuses to create
-// one, that is decided once for all threads as well: from then on the count is kept here and polled.
+// one, that is decided once for all threads: from then on the count is kept here and polled.
 #include "platform/semaphore.h"
 
 #include <windows.h>
