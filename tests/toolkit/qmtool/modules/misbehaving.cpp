@@ -2,6 +2,9 @@
 // which, as in "open crash". So every way to go wrong can be tried with one library.
 #ifdef _WIN32
 #include <windows.h>
+#else
+#include <pthread.h>
+#include <unistd.h>
 #endif
 
 #include <qmsd7.h>
@@ -60,9 +63,9 @@ void open_another() {
   kernel.load()(0, QM_CALL_OPENMODULEW, &open);
 }
 
+// The thread runs nothing of this library, so that unloading it does no harm.
 #ifdef _WIN32
 constexpr const char* kOtherLocale = "English";
-// Runs nothing of this library, so that unloading it does the thread no harm.
 void start_thread() {
   const auto sleep = reinterpret_cast<void (*)()>(&::Sleep);
   ::CloseHandle(::CreateThread(nullptr, 0, reinterpret_cast<LPTHREAD_START_ROUTINE>(sleep),
@@ -71,7 +74,10 @@ void start_thread() {
 #else
 constexpr const char* kOtherLocale = "C.UTF-8";
 void start_thread() {
-  std::thread([] { std::this_thread::sleep_for(std::chrono::minutes(1)); }).detach();
+  const auto wait = reinterpret_cast<void (*)()>(&::pause);
+  pthread_t thread{};
+  ::pthread_create(&thread, nullptr, reinterpret_cast<void* (*)(void*)>(wait), nullptr);
+  ::pthread_detach(thread);
 }
 #endif
 
