@@ -112,7 +112,10 @@ class Children {
   ///     check(number.items().try_size().error().code() == QM_ERROR_ARGUMENT);
   std::int32_t size() const { return try_size().value(); }
   Result<std::int32_t> try_size() const;
-  bool empty() const { return size() == 0; }
+  bool empty() const { return try_empty().value(); }
+  Result<bool> try_empty() const {
+    return try_size().transform([](std::int32_t number) { return number == 0; });
+  }
 
   /// How many have this name (nullopt: no name), or whether any has. Leaves no error behind when
   /// there is none.
@@ -123,7 +126,10 @@ class Children {
   ///     check(car.attributes().count("color") == 1 && car.attributes().count(std::nullopt) == 0);
   std::int32_t count(const std::optional<Text>& name) const { return try_count(name).value(); }
   Result<std::int32_t> try_count(const std::optional<Text>& name) const;
-  bool contains(const std::optional<Text>& name) const { return count(name) != 0; }
+  bool contains(const std::optional<Text>& name) const { return try_contains(name).value(); }
+  Result<bool> try_contains(const std::optional<Text>& name) const {
+    return try_count(name).transform([](std::int32_t number) { return number != 0; });
+  }
 
   /// The child.
   /// Owner: the result. Errors: 2 no such child; 22 for an empty Variant, items of what is no

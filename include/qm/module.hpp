@@ -26,6 +26,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <utility>
 
 #include <qm/buffer.hpp>
 #include <qm/detail/module_entry.hpp>
@@ -52,12 +53,17 @@ inline Kernel module_kernel() noexcept { return detail::module_kernel(); }
 ///     qm_wchar* const text = qm::tracked_copy(kernel, QM_W("Hello"));
 ///     check(text == qm::WideString(QM_W("Hello")));
 ///     check(qm::Buffer::adopt(kernel, text).size() == 12);
-inline qm_wchar* tracked_copy(Kernel kernel, WideView text) {
-  Buffer block = Buffer::allocate(kernel, (text.size() + 1) * sizeof(qm_wchar));
-  qm_wchar* const copy = block.bytes<qm_wchar>().data();
+///     check(qm::try_tracked_copy(qm::Kernel(), QM_W("Hello")).error().code() == 22);
+inline Result<qm_wchar*> try_tracked_copy(Kernel kernel, WideView text) {
+  Result<Buffer> block = Buffer::try_allocate(kernel, (text.size() + 1) * sizeof(qm_wchar));
+  if (!block) return std::move(block).error();
+  qm_wchar* const copy = block->bytes<qm_wchar>().data();
   *std::copy(text.begin(), text.end(), copy) = 0;
-  static_cast<void>(block.release());  // the caller's from here on
+  static_cast<void>(block->release());  // the caller's from here on
   return copy;
+}
+inline qm_wchar* tracked_copy(Kernel kernel, WideView text) {
+  return try_tracked_copy(kernel, text).value();
 }
 
 /// The call entry of a module: what the kernel calls, and tests that do without loading anything.

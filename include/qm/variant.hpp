@@ -148,7 +148,10 @@ class Variant : public Owner<detail::VariantPolicy> {
       return VariantInfo{record.id, record.type, record.size, record.nitems, record.nattributes};
     });
   }
-  std::int32_t type() const { return info().type; }
+  std::int32_t type() const { return try_type().value(); }
+  Result<std::int32_t> try_type() const {
+    return try_info().transform([](const VariantInfo& known) { return known.type; });
+  }
 
   /// The name, in UTF-8 and UTF-16; "" if there is none.
   /// Owner: the result is a copy. Errors: 22 for an empty owner, std::bad_alloc. Threads: any.

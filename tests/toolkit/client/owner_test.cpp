@@ -161,6 +161,7 @@ TEST_F(ClientEmptyOwner, VariantRefusesUse) {
   int numbers[1] = {};
   for (qm::Variant* empty : {&moved, &made_empty}) {
     expect_refusal(empty->try_info(), "Variant");
+    expect_refusal(empty->try_type(), "Variant");
     expect_refusal(empty->try_name(), "Variant");
     expect_refusal(empty->try_share(), "Variant");
     expect_refusal(empty->try_copy(), "Variant");
@@ -179,7 +180,9 @@ TEST_F(ClientEmptyOwner, VariantRefusesUse) {
     for (const bool items : {true, false}) {
       const qm::Children children = items ? empty->items() : empty->attributes();
       expect_refusal(children.try_size(), "Variant");
+      expect_refusal(children.try_empty(), "Variant");
       expect_refusal(children.try_count("name"), "Variant");
+      expect_refusal(children.try_contains("name"), "Variant");
       expect_refusal(children.try_get(0), "Variant");
       expect_refusal(children.try_take(0), "Variant");
       expect_refusal(children.try_remove(0), "Variant");
