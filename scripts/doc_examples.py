@@ -4,9 +4,10 @@
 usage: doc_examples.py PROGRAM.c|PROGRAM.cpp SOURCE...
 
 The examples of a document are the fenced blocks marked "c run" or "cpp run", by the program's
-language; those of a header are the lines indented by four in its /// comments. In C++ `kernel` is
-the linked kernel. `check(condition)` ends the program when it does not hold; in C
-`call_on_another_thread` takes what qm_call() takes.
+language; those of a header are the lines indented by four in its /// comments, where every function
+and class has one, behind what it tells of owner, errors and threads. In C++ `kernel` is the linked
+kernel. `check(condition)` ends the program when it does not hold; in C `call_on_another_thread`
+takes what qm_call() takes.
 """
 import pathlib
 import re
@@ -72,6 +73,8 @@ int main() {
 %s}
 """
 
+# What the comment of a function says beside what it does.
+PARTS = ["Owner:", "Errors:", "Threads:"]
 COMMENT = re.compile(r"^ *///.*\n(?: *///.*\n)*", re.MULTILINE)
 
 
@@ -85,8 +88,15 @@ def examples_of_document(text, language):
     return [(line_of(text, block.start(1)), block[1]) for block in fence.finditer(text)]
 
 
+def describes_a_function(text, end):
+    """Or a class: what stands behind a comment that ends there."""
+    words = re.match(r"\s*(?:template <.*>\s+)?([^{;]*)", text[end:])[1]
+    plain = words.startswith(("struct ", "using ", "concept ", "#define "))
+    return words.startswith("class ") or ("(" in words and not plain)
+
+
 def examples_of_header(text, path):
-    """The same of each comment; one that speaks of errors describes a function and needs one."""
+    """The same of each comment. That of a function or class tells all there is to know of it."""
     found = []
     for comment in COMMENT.finditer(text):
         first = line_of(text, comment.start())
@@ -95,8 +105,10 @@ def examples_of_header(text, path):
                 if line.startswith(" " * 5)]
         if code:
             found.append((code[0][0], "".join(line[5:] + "\n" for _, line in code)))
-        elif any("Errors:" in line for line in lines):
-            sys.exit(f"{path}:{first}: no example")
+        if describes_a_function(text, comment.end()):
+            missing = [part for part in PARTS if f" {part}" not in "".join(lines)]
+            if missing or not code:
+                sys.exit(f"{path}:{first}: no {(missing or ['example'])[0]}")
     return found
 
 

@@ -18,6 +18,7 @@
 namespace qm {
 
 /// A place in the source, which the kernel shows beside a block (see live_blocks()).
+/// Owner: of nothing; `file` has to outlive the block. Errors: none. Threads: a plain value.
 ///
 ///     const qm::Position here = qm::Position::current();
 ///     check(here.line > 0);
@@ -25,6 +26,10 @@ struct Position {
   const char* file;
   std::int32_t line;
 
+  /// The place of the call, or of the function that has it as a default argument.
+  /// Owner: the program, of the name. Errors: none. Threads: any.
+  ///
+  ///     check(qm::Position::current().line == __LINE__);
   static constexpr Position current(const char* here = __builtin_FILE(),
                                     std::int32_t at = __builtin_LINE()) noexcept {
     return {here, at};
@@ -47,8 +52,8 @@ struct BlockPolicy {
 
 /// A tracked block. A module may allocate one and a host release it, or the other way round,
 /// however different their runtimes are.
-/// Owner: of the block, unless release() hands it over. Threads: one Buffer is one thread's at a
-/// time; any thread may release it.
+/// Owner: of the block, unless release() hands it over. Errors: those of the functions below.
+/// Threads: one Buffer is one thread's at a time; any thread may release it.
 ///
 ///     qm::Buffer buffer = qm::Buffer::allocate(kernel, 100);
 ///     buffer.bytes<int>()[24] = 7;
@@ -94,7 +99,8 @@ class Buffer : public Owner<detail::BlockPolicy> {
   }
 
   /// Makes the block larger or smaller; it may move. Size 0 gives it back.
-  /// Errors: as for allocating; the block is as before then. Threads: one at a time.
+  /// Owner: as before; the old address is no longer valid. Errors: as for allocating; the block is
+  /// as before then. Threads: one at a time.
   ///
   ///     qm::Buffer buffer = qm::Buffer::allocate(kernel, 5);
   ///     buffer.resize(5000);
@@ -116,6 +122,7 @@ class Buffer : public Owner<detail::BlockPolicy> {
   }
 
   /// Size in bytes, and the contents; borrowed until the block is resized or given back.
+  /// Owner: this Buffer. Errors: none; an empty Buffer has no bytes. Threads: as Buffer.
   ///
   ///     qm::Buffer buffer = qm::Buffer::allocate(kernel, 12);
   ///     check(buffer.bytes().size() == 12 && buffer.bytes<std::int32_t>().size() == 3);
@@ -134,6 +141,7 @@ class Buffer : public Owner<detail::BlockPolicy> {
   }
 
   /// The wide text in the block, up to its zero or the block's end; borrowed like bytes().
+  /// Owner: this Buffer. Errors: none; an empty Buffer has an empty text. Threads: as Buffer.
   ///
   ///     qm::Buffer buffer = qm::Buffer::allocate(kernel, 8);
   ///     std::ranges::copy(qm::WideView(QM_W("ab\0")), buffer.bytes<qm_wchar>().begin());
@@ -153,6 +161,7 @@ class Buffer : public Owner<detail::BlockPolicy> {
 };
 
 /// A live block as the kernel describes it, whoever owns it.
+/// Owner: of a copy of `file`; the block may end at any time. Errors: none. Threads: a plain value.
 ///
 ///     const qm::Buffer buffer = qm::Buffer::allocate(kernel, 5);
 ///     const qm::Block block = qm::live_blocks(kernel).at(0);
@@ -190,7 +199,7 @@ inline Result<std::vector<Block>> try_live_blocks(Kernel kernel) {
 inline std::vector<Block> live_blocks(Kernel kernel) { return try_live_blocks(kernel).value(); }
 
 /// Looks at every tracked block of the process.
-/// Errors: 14 with the place of the first damaged one. Threads: any.
+/// Owner: of nothing. Errors: 14 with the place of the first damaged one. Threads: any.
 ///
 ///     check(qm::try_check_blocks(kernel).has_value());
 inline Result<void> try_check_blocks(Kernel kernel) {

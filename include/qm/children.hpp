@@ -32,6 +32,7 @@ class Where {
   Where(const T& name) : Where(named(Text(name))) {}
 
   /// The last child; when inserting, the end of the list.
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     for (const int n : {1, 2, 3}) list.items().add(n);
@@ -39,6 +40,7 @@ class Where {
   static Where last() noexcept { return Where(QM_FIND_LAST, 0); }
 
   /// Among the children with this name, without a name, or with this id, the one at that place.
+  /// Owner: the result, of a copy of the name. Errors: std::bad_alloc. Threads: any.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     list.items().add(1, "a", 7);
@@ -62,6 +64,7 @@ class Where {
   }
 
   /// For inserting: behind that child instead of before it.
+  /// Owner: the result, of what this Where had. Errors: none. Threads: any.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     list.items().add(1, "first");
@@ -74,6 +77,8 @@ class Where {
   }
 
   /// The kernel's record for it, for calls of one's own. It borrows the name.
+  /// Owner: this Where, of the name; holder and child stay the caller's. Errors: none. Threads:
+  /// any.
   ///
   ///     check(qm::Where(3).record(nullptr).index == 3);
   qm_variant_child record(qm_variant* holder, qm_variant* child = nullptr) const noexcept {
@@ -97,7 +102,7 @@ class Where {
 
 /// The items or the attributes of one variant, in their order.
 /// Owner: of nothing when made from a variable, which must outlive it; of the variant's reference
-/// when made from a temporary. Threads: as Variant.
+/// when made from a temporary. Errors: those of the functions below. Threads: as Variant.
 ///
 ///     qm::Variant car = qm::Variant::create(kernel, qm::Value());
 ///     car.attributes().add("red", "color");
@@ -105,7 +110,8 @@ class Where {
 class Children {
  public:
   /// How many there are.
-  /// Errors: 22 for an empty Variant, or items of what is no container. Threads: any.
+  /// Owner: of nothing. Errors: 22 for an empty Variant, or items of what is no container. Threads:
+  /// any.
   ///
   ///     const qm::Variant number = qm::Variant::create(kernel, 5);
   ///     check(number.attributes().empty());
@@ -119,7 +125,8 @@ class Children {
 
   /// How many have this name (nullopt: no name), or whether any has. Leaves no error behind when
   /// there is none.
-  /// Errors: 22 for an empty Variant, or items of what is no container. Threads: any.
+  /// Owner: of nothing; the name stays the caller's. Errors: 22 for an empty Variant, or items of
+  /// what is no container. Threads: any.
   ///
   ///     qm::Variant car = qm::Variant::create(kernel, qm::Value());
   ///     car.attributes().add("red", "color");
@@ -184,8 +191,8 @@ class Children {
 
   /// Moves a child to another place of the same list, counted without that child. Between the two
   /// steps other threads see it nowhere.
-  /// Errors: as for take() and insert(); if the new place is refused the child is at its old place.
-  /// Threads: any.
+  /// Owner: the list, as before. Errors: as for take() and insert(); if the new place is refused
+  /// the child is at its old place. Threads: any.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     for (const int n : {1, 2, 3}) list.items().add(n);
@@ -195,8 +202,8 @@ class Children {
   Result<void> try_move(const Where& from, const Where& to) const;
 
   /// The index of this very variant among the children.
-  /// Errors: 2 it is none of them; 22 for an empty Variant, or items of what is no container.
-  /// Threads: any.
+  /// Owner: of nothing; `child` stays the caller's. Errors: 2 it is none of them; 22 for an empty
+  /// Variant, or items of what is no container. Threads: any.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     list.items().add(1);
@@ -208,7 +215,9 @@ class Children {
   /// Goes through the children. As many are visited as there were at the start; should others
   /// remove some meanwhile, it ends sooner. What is visited is a reference that may be kept by
   /// moving it away.
-  /// Errors: as for get(), thrown by begin() and ++. Threads: any; the iterator is one thread's.
+  /// Owner: the iterator, of the reference that it shows. Errors: as for get(), thrown by begin()
+  /// and ++; try_size() and try_get() do without throwing. Threads: any; the iterator is one
+  /// thread's.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     for (const int n : {1, 2, 3}) list.items().add(n);
@@ -253,6 +262,13 @@ class Children {
     std::int32_t end_ = 0;
     mutable Variant current_;
   };
+
+  /// The way through all children, for range-for.
+  /// Owner: the iterator borrows this object, which range-for keeps. Errors: as for Iterator.
+  /// Threads: any.
+  ///
+  ///     const qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
+  ///     check(list.items().begin() == list.items().end());
   Iterator begin() const { return Iterator(*this); }
   std::default_sentinel_t end() const noexcept { return {}; }
 

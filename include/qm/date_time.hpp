@@ -19,7 +19,7 @@ using TimePoint = std::chrono::sys_time<std::chrono::microseconds>;
 /// A calendar date, a time of day in microseconds, or both; each part of the date may be absent, as
 /// in "some 17th of May". The calendar is the Gregorian one, also before its time, and there are no
 /// time zones: a TimePoint is taken as it is written. Years 0 to 99 do not exist.
-/// Errors: none but where told. Threads: a plain value.
+/// Owner: of nothing. Errors: none but where told. Threads: a plain value.
 ///
 ///     using namespace std::chrono_literals;
 ///     const qm::TimePoint lunch = std::chrono::sys_days(2024y / 2 / 29) + 13h + 5min;
@@ -29,11 +29,13 @@ using TimePoint = std::chrono::sys_time<std::chrono::microseconds>;
 class DateTime {
  public:
   /// Neither date nor time.
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     check(!qm::DateTime().has_date() && !qm::DateTime().has_time());
   constexpr DateTime() = default;
 
   /// The value in the kernel's packed form, as variants and records hold it.
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     check(qm::DateTime::from_packed(0xFFFFFFFFF803F800) == qm::DateTime());
   static constexpr DateTime from_packed(std::uint64_t packed) noexcept { return DateTime(packed); }
@@ -41,8 +43,9 @@ class DateTime {
 
   /// Of an instant (a sys_time of microseconds or coarser), a date alone (a year_month_day) or a
   /// time of day alone (a duration).
-  /// Errors: 34 a year that does not exist here (0 to 99, or beyond -102400 to 102399), a day that
-  /// is in no calendar, a time of day below 0 or above 137438953470 microseconds.
+  /// Owner: of nothing. Errors: 34 a year that does not exist here (0 to 99, or beyond -102400 to
+  /// 102399), a day that is in no calendar, a time of day below 0 or above 137438953470
+  /// microseconds. Threads: any.
   ///
   ///     using namespace std::chrono_literals;
   ///     check(qm::DateTime::from(1969y / 7 / 20).has_time() == false);
@@ -62,6 +65,7 @@ class DateTime {
   static Result<DateTime> try_from(std::chrono::microseconds time_of_day);
 
   /// The parts of the date, each if it is present. Year 1234 is century 12 and its year 34.
+  /// Owner: of nothing. Errors: none; an absent part is nullopt. Threads: any.
   ///
   ///     using namespace std::chrono_literals;
   ///     const qm::DateTime landing = qm::DateTime::from(1969y / 7 / 20);
@@ -81,6 +85,7 @@ class DateTime {
 
   /// The whole date, if no part of it is absent and std::chrono knows the year (to 32767); the time
   /// since midnight, if it is present.
+  /// Owner: of nothing. Errors: none; what is absent is nullopt. Threads: any.
   ///
   ///     check(!qm::DateTime().date() && !qm::DateTime().time());
   constexpr std::optional<std::chrono::year_month_day> date() const noexcept;
@@ -90,7 +95,7 @@ class DateTime {
   }
 
   /// The instant. A day that the month does not have counts on into the next one.
-  /// Errors: 22 without time or with an incomplete date.
+  /// Owner: of nothing. Errors: 22 without time or with an incomplete date. Threads: any.
   ///
   ///     using namespace std::chrono_literals;
   ///     const qm::DateTime midnight = qm::DateTime::from(std::chrono::sys_days(2024y / 1 / 1));

@@ -17,8 +17,8 @@ namespace qm {
 
 /// What a failed call left in the calling thread's error state, or what this library itself found
 /// wrong. It is captured where it happens: later calls do not change it.
-/// Owner: of its texts; copies share them. Threads: as std::shared_ptr; an Error may travel to
-/// another thread.
+/// Owner: of its texts; copies share them. Errors: none; without memory for the message the code
+/// remains. Threads: as std::shared_ptr; an Error may travel to another thread.
 ///
 ///     try {
 ///       kernel.call(0x1000ABCD);
@@ -30,6 +30,7 @@ class Error : public std::exception {
  public:
   /// An error with a code of the kernel's kind (QM_ERROR_..., errno values, a module's own) and a
   /// message. Should there be no memory for the message, the code remains.
+  /// Owner: of a copy of the message. Errors: none. Threads: any.
   ///
   ///     const qm::Error error(QM_ERROR_RANGE, "300 is no std::int8_t");
   ///     check(error.code() == 34 && error.text() == "300 is no std::int8_t");
@@ -37,11 +38,14 @@ class Error : public std::exception {
   Error(std::int32_t code, std::string_view utf8) noexcept : code_(code), texts_(keep(utf8)) {}
 
   /// The error code.
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     check(qm::Error(2, "gone").code() == QM_ERROR_NOT_FOUND);
   std::int32_t code() const noexcept { return code_; }
 
   /// The message, in UTF-8 and UTF-16; borrowed from this object.
+  /// Owner: this Error. Errors: none; a message for which there was no memory is empty. Threads:
+  /// any.
   ///
   ///     const qm::Error error(2, "gone");
   ///     check(error.text() == "gone" && error.wide_text() == QM_W("gone"));

@@ -14,35 +14,44 @@ namespace qm {
 /// A reference to the kernel: its call entry, as light as a pointer and copied like one. A host has
 /// it from Kernel::linked() or from a KernelLibrary, a module from the kernel's notice after
 /// loading (QM_CALL_SETKERNELENTRY).
-/// Owner: of nothing; whoever loaded the library keeps it loaded. Threads: any.
+/// Owner: of nothing; whoever loaded the library keeps it loaded. Errors: those of the functions
+/// below. Threads: any.
 ///
 ///     const qm::Kernel host = qm::Kernel::linked();
 ///     check(host && host.call(QM_CALL_NOP) == 1);
 class Kernel {
  public:
   /// No kernel. Calls fail with error 22.
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     check(!qm::Kernel() && qm::Kernel().try_call(QM_CALL_NOP).error().code() == 22);
   constexpr Kernel() = default;
 
   /// The kernel behind this entry.
+  /// Owner: of nothing; the library has to stay loaded. Errors: none. Threads: any.
   ///
   ///     check(qm::Kernel(kernel.entry()) == kernel);
   explicit constexpr Kernel(qm_call_fn call_entry) noexcept : entry_(call_entry) {}
 
   /// The kernel library that the program is linked with. Not for modules: there the name means the
   /// module's own entry.
+  /// Owner: the system, of the library. Errors: none. Threads: any.
   ///
   ///     check(qm::Kernel::linked().entry() == &qm_call);
   static Kernel linked() noexcept { return Kernel(&qm_call); }
 
+  /// The entry, null without a kernel; and whether there is one.
+  /// Owner: the library. Errors: none. Threads: any.
+  ///
+  ///     check(kernel && kernel.entry()(0, QM_CALL_NOP, nullptr) == 1);
   constexpr qm_call_fn entry() const noexcept { return entry_; }
   explicit constexpr operator bool() const noexcept { return entry_ != nullptr; }
   friend constexpr bool operator==(Kernel, Kernel) = default;
 
   /// Calls the kernel, or with a handle the module behind it. `record` stays the caller's.
   /// Returns what the call returned, which is not 0.
-  /// Errors: the thread's error state right after a call that returned 0. Threads: any.
+  /// Owner: `record` stays the caller's; what a call hands out in it is the caller's, too. Errors:
+  /// the thread's error state right after a call that returned 0. Threads: any.
   ///
   ///     qm_mem_size unknown{};
   ///     check(kernel.call(QM_CALL_NOP) == 1);
@@ -64,7 +73,7 @@ class Kernel {
   }
 
   /// The same without a look at the result, for codes to which 0 is an answer like others.
-  /// Errors: 0 without a kernel. Threads: any.
+  /// Owner: as for call(). Errors: 0 without a kernel. Threads: any.
   ///
   ///     check(kernel.call_raw(0, 0x1000ABCD) == 0);
   std::int32_t call_raw(std::uint32_t handle, std::uint32_t function,
@@ -73,6 +82,7 @@ class Kernel {
   }
 
   /// The calling thread's error state as it is now; code 0 if there is no error.
+  /// Owner: the result is a copy. Errors: none are thrown; without memory the message is missing.
   /// Threads: each has its own.
   ///
   ///     kernel.set_error(QM_ERROR_RANGE, "too far");
@@ -89,7 +99,7 @@ class Kernel {
 
   /// Replaces the calling thread's error: the code's own text and behind it `text`, taken
   /// literally; or exactly what an Error holds. Without memory the code alone is set.
-  /// Threads: each has its own.
+  /// Owner: the kernel, of a copy of the text. Errors: none. Threads: each has its own.
   ///
   ///     kernel.set_error(qm::Error(7, "100 %s"));
   ///     check(kernel.error().code() == 7 && kernel.error().text() == "100 %s");

@@ -75,8 +75,8 @@ struct LibraryPolicy {
 /// The kernel library, loaded by its path and unloaded when the owner ends, or the linked one. It
 /// converts to the Kernel that everything else takes.
 /// Owner: of one load of the library. It must outlive all that came from its kernel; declared first
-/// it does. Threads: load and end it where nobody is inside the kernel, never in a library's own
-/// load or unload routine.
+/// it does. Errors: those of the functions below. Threads: load and end it where nobody is inside
+/// the kernel, never in a library's own load or unload routine.
 ///
 ///     qm::KernelLibrary library = qm::KernelLibrary::linked();
 ///     qm::Variant speed = qm::Variant::create(library, 120);
@@ -102,11 +102,14 @@ class KernelLibrary : public Owner<detail::LibraryPolicy> {
   }
 
   /// The library that the program is linked with; there is nothing to unload then.
+  /// Owner: the system, of the library. Errors: none. Threads: any.
   ///
   ///     check(qm::KernelLibrary::linked().kernel() == qm::Kernel::linked());
   static KernelLibrary linked() noexcept { return KernelLibrary(Kernel::linked(), nullptr); }
 
   /// The kernel in this library, if there is one.
+  /// Owner: this KernelLibrary. Errors: none; without a library it is a Kernel of nothing. Threads:
+  /// as Kernel.
   ///
   ///     const auto library = qm::KernelLibrary::linked();
   ///     const qm::Kernel inside = library;

@@ -41,7 +41,7 @@
 namespace qm {
 
 /// The kernel that loaded this module; none before it has made itself known.
-/// Owner: of nothing. Threads: any.
+/// Owner: of nothing. Errors: none. Threads: any.
 ///
 ///     check(qm::module_kernel() == kernel || !qm::module_kernel());
 inline Kernel module_kernel() noexcept { return detail::module_kernel(); }
@@ -68,7 +68,8 @@ inline qm_wchar* tracked_copy(Kernel kernel, WideView text) {
 
 /// The call entry of a module: what the kernel calls, and tests that do without loading anything.
 /// `definition` is a static constexpr variable.
-/// Errors: it throws nothing; a failed call leaves the error of the calling thread. Threads: any.
+/// Owner: the definition, of the instances that are open. Errors: it throws nothing; a failed call
+/// leaves the error of the calling thread. Threads: any.
 ///
 ///     struct Sum { std::int32_t step, sum; };
 ///     class Adder {
@@ -101,7 +102,8 @@ inline constexpr qm_call_fn module_entry = &detail::ModuleEntry<definition>::cal
 ///
 /// Owner: the library, of the instances that are open; the kernel closes them before it unloads the
 /// library. At the end of a process the static objects of a module may be gone before its last
-/// instances are: their destructors must not use them.
+/// instances are: their destructors must not use them. Errors: what is wrong with a definition
+/// stops the compiler. Threads: any.
 #define QM_EXPORT_MODULE(definition)                                                          \
   extern "C" {                                                                                \
   QM_EXPORT extern const qm_module_info qmmoduleinfo;                                         \

@@ -25,7 +25,8 @@ struct About {
 };
 
 /// What a caller opens an instance with: lent to the constructor, if it wants to know.
-/// Owner: of nothing; it lives as long as the constructor runs. Threads: the opening one.
+/// Owner: of nothing; it lives as long as the constructor runs. Errors: none. Threads: the opening
+/// one.
 ///
 ///     qm_open_module_w record{QM_W("clock"), nullptr, 0};
 ///     check(qm::Opening(record).name() == QM_W("clock") && qm::Opening(record).group().empty());
@@ -35,11 +36,22 @@ class Opening {
 
   /// The module's name, which may be what an alias stands for, and the property group, empty
   /// without one.
+  /// Owner: the caller of the open. Errors: none; what is null reads as empty. Threads: the opening
+  /// one.
+  ///
+  ///     qm_open_module_w record{QM_W("clock"), QM_W("fast"), 0};
+  ///     const qm::Opening opening(record);
+  ///     check(opening.name() == QM_W("clock") && opening.group() == QM_W("fast"));
   WideView name() const noexcept { return view(record_.name); }
   WideView group() const noexcept { return view(record_.group); }
 
   /// The record itself, for modules that define further fields behind the kernel's three. A caller
   /// that opens by a narrow name gives no further fields.
+  /// Owner: the caller of the open. Errors: none. Threads: the opening one.
+  ///
+  ///     struct { qm_open_module_w head; int zone; } record{{QM_W("clock"), nullptr, 0}, 2};
+  ///     qm_open_module_w& head = qm::Opening(record.head).record();
+  ///     check(reinterpret_cast<decltype(record)&>(head).zone == 2);
   qm_open_module_w& record() const noexcept { return record_; }
 
  private:
@@ -74,12 +86,31 @@ struct HandlerOf {};
 ///   standard exceptions: 14; the message as with a Failure
 /// - anything else: 14
 ///
-/// Threads: handlers run on the threads of their callers, several at once, for one instance, too.
-/// What they share they have to guard. The kernel holds no lock meanwhile, so they may call it.
+/// Owner: the record stays the caller's. Errors: see above. Threads: handlers run on the threads of
+/// their callers, several at once, for one instance, too. What they share they have to guard. The
+/// kernel holds no lock meanwhile, so they may call it.
+///
+///     struct Answer { std::int32_t value; };
+///     struct Oracle {
+///       void ask(Answer& record) { record.value = 42; }
+///     };
+///     constexpr qm::Function<Oracle> row(0x13000000, qm::handler<&Oracle::ask>);
+///     Oracle oracle;
+///     Answer answer{};
+///     check(row(&oracle, &answer) == 1 && answer.value == 42);
 template <auto function>
 inline constexpr detail::HandlerOf<function> handler{};
 
 /// A row of a module's table: function code and handler.
+/// Owner: of nothing. Errors: a call throws what the handler throws. Threads: a plain value;
+/// handlers run on the threads of their callers.
+///
+///     struct Motor {
+///       void stop() {}
+///     };
+///     constexpr qm::Function<Motor> row(0x13000001, qm::handler<&Motor::stop>);
+///     Motor motor;
+///     check(row.code() == 0x13000001 && row.needs_instance() && row(&motor, nullptr) == 1);
 template <class Instance>
 class Function {
  public:
@@ -152,7 +183,8 @@ constexpr ModuleDefinition<Instance, count> checked(ModuleDefinition<Instance, c
 /// Puts a module together; `Instance` is the class of its instances, whose constructor takes a
 /// `const qm::Opening&` or nothing. The kernel's open creates an object, which fails with what the
 /// constructor throws; the close destroys it, as soon as no handler works with it any more.
-/// Errors: a wrong version, two handlers with one code and the like stop the compiler.
+/// Owner: of nothing; the texts are literals. Errors: a wrong version, two handlers with one code
+/// and the like stop the compiler. Threads: any.
 ///
 ///     struct Speed { std::int32_t value; };
 ///     class Motor {

@@ -33,8 +33,9 @@ struct HandlePolicy {
 }  // namespace detail
 
 /// One reference to an opened instance of a module. The last one closes the instance.
-/// Owner: of the reference. Threads: one ModuleHandle is one thread's at a time; calls through
-/// handles, shared ones too, may be made by any thread if the module allows it.
+/// Owner: of the reference. Errors: those of the functions below. Threads: one ModuleHandle is one
+/// thread's at a time; calls through handles, shared ones too, may be made by any thread if the
+/// module allows it.
 ///
 ///     const auto greeter = qm::ModuleHandle::open(kernel, "exgreeter");
 ///     check(greeter.info().id == QM_MODULE_ID);
@@ -63,6 +64,7 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
 
   /// The same with a record of the caller's own, which the module receives: further fields may
   /// stand behind these.
+  /// Owner: the result; the record stays the caller's. Errors: as for open() by name. Threads: any.
   ///
   ///     struct { qm_open_module_w head; int further; } record{{QM_W("exgreeter"), nullptr, 0}, 7};
   ///     check(qm::ModuleHandle::open(kernel, record.head).get() == record.head.handle);
@@ -77,6 +79,7 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
 
   /// Calls the module. `record` stays the caller's. Returns what the module returned, which is not
   /// 0.
+  /// Owner: `record` stays the caller's; what the module hands out in it is the caller's, too.
   /// Errors: 22 for an empty owner; otherwise the thread's error state right after a call that
   /// returned 0. Threads: any, as far as the module allows.
   ///
@@ -162,15 +165,15 @@ class ModuleHandle : public Owner<detail::HandlePolicy> {
 };
 
 /// An opened module with its own entry and its own handle for the instance.
-/// Owner: of one reference. Threads: as ModuleHandle.
+/// Owner: of one reference. Errors: those of the functions below. Threads: as ModuleHandle.
 ///
 ///     const auto direct = qm::ModuleHandle::open(kernel, "excounter").resolve();
 ///     check(!direct.try_call(0x12FF0000));
 class DirectModule {
  public:
   /// Calls the module's entry. Returns what it returned, which is not 0.
-  /// Errors: 22 after a move; otherwise the thread's error state right after a call that returned
-  /// 0. Threads: any, as far as the module allows.
+  /// Owner: as for ModuleHandle::call(). Errors: 22 after a move; otherwise the thread's error
+  /// state right after a call that returned 0. Threads: any, as far as the module allows.
   ///
   ///     const auto direct = qm::ModuleHandle::open(kernel, "excounter").resolve();
   ///     qm_info_request request{};
@@ -185,6 +188,7 @@ class DirectModule {
   }
 
   /// The reference that keeps the instance open.
+  /// Owner: this DirectModule. Errors: none; after a move it is empty. Threads: as ModuleHandle.
   ///
   ///     const auto direct = qm::ModuleHandle::open(kernel, "excounter").resolve();
   ///     check(direct.handle().get() >= 0x10000);

@@ -15,7 +15,8 @@ namespace qm {
 /// the raw value, the value that stands for nothing, what the thing is called, and how it is given
 /// back. An owner that was moved from, released or made without anything is empty: it converts to
 /// false, and what needs the thing fails with error 22.
-/// Threads: one owner is one thread's at a time, as with std::unique_ptr.
+/// Owner: of that thing. Errors: none; giving back never throws. Threads: one owner is one thread's
+/// at a time, as with std::unique_ptr.
 ///
 ///     qm::Variant speed = qm::Variant::create(kernel, 120);
 ///     qm::Variant taken = std::move(speed);
@@ -29,12 +30,21 @@ class Owner {
   Owner() = default;
 
   /// Takes over `raw`, for which the caller was to give back one reference.
+  /// Owner: this object. Errors: none; the value is not looked at. Threads: any.
   ///
   ///     qm::Variant made = qm::Variant::create(kernel, 1);
   ///     qm::Variant owner(kernel, made.release());
   ///     check(owner && !made);
   Owner(Kernel of, Raw raw) noexcept : kernel_(of), raw_(raw) {}
 
+  /// Takes over what the other owns and leaves it empty; what was owned before is given back, as it
+  /// is at the owner's end.
+  /// Owner: this object. Errors: none. Threads: as the owner.
+  ///
+  ///     qm::Variant first = qm::Variant::create(kernel, 1);
+  ///     qm::Variant second = qm::Variant::create(kernel, 2);
+  ///     first = std::move(second);
+  ///     check(first.as<int>() == 2 && !second);
   Owner(Owner&& from) noexcept
       : kernel_(std::exchange(from.kernel_, Kernel())), raw_(from.release()) {}
   Owner& operator=(Owner&& from) noexcept {
@@ -44,6 +54,8 @@ class Owner {
   ~Owner() { reset(); }
 
   /// The raw value for calls of one's own, borrowed; and the kernel that it belongs to.
+  /// Owner: this object; the kernel is its library's. Errors: none; the raw value of an empty owner
+  /// stands for nothing. Threads: as the owner.
   ///
   ///     qm::Variant speed = qm::Variant::create(kernel, 120);
   ///     qm_variant_info info{speed.get(), 0, 0, 0, 0, 0};
@@ -54,13 +66,14 @@ class Owner {
   explicit operator bool() const noexcept { return raw_ != Policy::none; }
 
   /// Hands the raw value over: now the caller has to give it back. Leaves an empty owner.
+  /// Owner: the caller. Errors: none. Threads: as the owner.
   ///
   ///     qm_variant* raw = qm::Variant::create(kernel, 1).release();
   ///     kernel.call(QM_CALL_VARIANTRELEASE, raw);
   [[nodiscard]] Raw release() noexcept { return std::exchange(raw_, Policy::none); }
 
   /// Gives the thing back now, if there is one, and forgets the kernel.
-  /// Errors: none are reported; the owner is empty in any case.
+  /// Owner: empty afterwards. Errors: none are reported. Threads: as the owner.
   ///
   ///     qm::Variant speed = qm::Variant::create(kernel, 120);
   ///     speed.reset();
@@ -70,6 +83,13 @@ class Owner {
     kernel_ = Kernel();
   }
 
+  /// Exchanges what the two own.
+  /// Owner: each of the other's. Errors: none. Threads: as both owners.
+  ///
+  ///     qm::Variant first = qm::Variant::create(kernel, 1);
+  ///     qm::Variant second;
+  ///     first.swap(second);
+  ///     check(!first && second.as<int>() == 1);
   void swap(Owner& other) noexcept {
     std::swap(kernel_, other.kernel_);
     std::swap(raw_, other.raw_);

@@ -30,13 +30,15 @@ class [[nodiscard]] Result {
   Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
 
   /// Is there a value?
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     check(qm::Result<int>(5).has_value());
   bool has_value() const noexcept { return state_.index() == 0; }
   explicit operator bool() const noexcept { return has_value(); }
 
   /// The value; from a Result that is given up it can be moved out.
-  /// Errors: throws the Error there is instead.
+  /// Owner: this Result, unless the value is moved out. Errors: throws the Error there is instead.
+  /// Threads: as T.
   ///
   ///     qm::Result<std::string> text = std::string("yes");
   ///     check(text->size() == 3);
@@ -52,12 +54,15 @@ class [[nodiscard]] Result {
   const T* operator->() const { return &value(); }
 
   /// The value, or `other` if there is none.
+  /// Owner: the result. Errors: what copying or moving a T throws. Threads: as T.
   ///
   ///     check(qm::Result<int>(qm::Error(2, "none")).value_or(9) == 9);
   T value_or(T other) const& { return has_value() ? value() : std::move(other); }
   T value_or(T other) && { return has_value() ? std::move(value()) : std::move(other); }
 
-  /// The error. Errors: std::bad_variant_access if there is none.
+  /// The error.
+  /// Owner: this Result, unless the error is moved out. Errors: std::bad_variant_access if there is
+  /// none. Threads: as Error.
   ///
   ///     check(qm::Result<int>(qm::Error(2, "none")).error().text() == "none");
   const Error& error() const& { return std::get<1>(state_); }
@@ -65,6 +70,7 @@ class [[nodiscard]] Result {
 
   /// What `step` makes of the value: a Result itself with and_then, a plain value with transform.
   /// An error is passed on.
+  /// Owner: the result; the value is moved into `step`. Errors: what `step` throws. Threads: as T.
   ///
   ///     const auto half = [](int n) { return n / 2; };
   ///     check(*qm::Result<int>(8).transform(half) == 4);
@@ -95,6 +101,7 @@ class [[nodiscard]] Result {
 };
 
 /// Success, or the error that prevented it.
+/// Owner: of the error. Errors: value() throws it. Threads: a plain value.
 ///
 ///     qm::Result<void> done;
 ///     check(done.has_value());
@@ -109,25 +116,29 @@ class [[nodiscard]] Result<void> {
   Result(Error error) : error_(std::move(error)) {}
 
   /// Did it succeed?
+  /// Owner: of nothing. Errors: none. Threads: any.
   ///
   ///     check(qm::Result<void>().has_value());
   bool has_value() const noexcept { return !error_; }
   explicit operator bool() const noexcept { return has_value(); }
 
-  /// Errors: throws the Error if there is one.
+  /// Owner: of nothing. Errors: throws the Error if there is one. Threads: any.
   ///
   ///     qm::Result<void>().value();
   void value() const {
     if (error_) throw *error_;
   }
 
-  /// The error. Errors: std::bad_optional_access if there is none.
+  /// The error.
+  /// Owner: this Result, unless the error is moved out. Errors: std::bad_optional_access if there
+  /// is none. Threads: as Error.
   ///
   ///     check(qm::Result<void>(qm::Error(2, "none")).error().code() == 2);
   const Error& error() const& { return error_.value(); }
   Error error() && { return std::move(error_).value(); }
 
   /// The next step, unless there is an error, which is passed on.
+  /// Owner: the result. Errors: what `step` throws. Threads: any.
   ///
   ///     check(*qm::Result<void>().and_then([] { return qm::Result<int>(3); }) == 3);
   template <class Step>

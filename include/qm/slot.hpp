@@ -28,7 +28,8 @@ struct SlotPolicy {
 
 /// One use of a slot. Whoever creates it tells its number, get(), to the others; they join it and
 /// see the same 8 bytes. The last use ends the slot.
-/// Owner: of one use. Threads: the owner is one thread's at a time; the bytes are everybody's.
+/// Owner: of one use. Errors: those of the functions below. Threads: the owner is one thread's at a
+/// time; the bytes are everybody's.
 ///
 ///     const qm::Slot mine = qm::Slot::create(kernel);
 ///     const qm::Slot yours = qm::Slot::join(kernel, mine.get());
@@ -56,13 +57,15 @@ class Slot : public Owner<detail::SlotPolicy> {
   }
 
   /// The 8 bytes, aligned to 8; null if the owner is empty. They stay where they are while the slot
-  /// lives. Threads: those who share them agree on how.
+  /// lives.
+  /// Owner: the slot, not this object. Errors: none. Threads: those who share them agree on how.
   ///
   ///     check(qm::Slot().data() == nullptr);
   void* data() const noexcept { return *this ? data_ : nullptr; }
 
   /// The bytes as a value of plain type, not safe against other threads; or as one that is.
-  /// Errors: the owner must not be empty.
+  /// Owner: the slot, not this object. Errors: the owner must not be empty. Threads: those who
+  /// share value() take turns; atomic() is for all at once.
   ///
   ///     const qm::Slot slot = qm::Slot::create(kernel);
   ///     slot.atomic<std::uint32_t>().fetch_add(3);

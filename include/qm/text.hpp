@@ -87,7 +87,7 @@ concept OtherWideText = TextOf<Source, char16_t> && !std::same_as<qm_wchar, char
 }  // namespace detail
 
 /// UTF-8 of wide text. A surrogate without its other half becomes U+FFFD.
-/// Errors: std::bad_alloc. Threads: any.
+/// Owner: the result is a copy. Errors: std::bad_alloc. Threads: any.
 ///
 ///     check(qm::to_utf8(QM_W("caf\u00E9")) == "caf\xC3\xA9");
 constexpr std::string to_utf8(WideView text) {
@@ -101,7 +101,7 @@ constexpr std::string to_utf8(WideView text) {
 }
 
 /// Wide text of UTF-8. Each malformed sequence becomes U+FFFD.
-/// Errors: std::bad_alloc. Threads: any.
+/// Owner: the result is a copy. Errors: std::bad_alloc. Threads: any.
 ///
 ///     check(qm::to_wide("caf\xC3\xA9") == QM_W("caf\u00E9"));
 constexpr WideString to_wide(std::string_view utf8) {
@@ -145,6 +145,7 @@ class Text {
   Text(WideString&& wide) noexcept : wide_(std::move(wide)) {}
 
   /// The wide text, ended by a zero; borrowed.
+  /// Owner: this Text. Errors: none. Threads: any.
   ///
   ///     check(qm::Text("ab").c_str()[2] == 0);
   const qm_wchar* c_str() const noexcept { return wide_.c_str(); }

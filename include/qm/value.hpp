@@ -36,6 +36,7 @@ template <class T>
 concept Element = Number<T> || std::same_as<T, DateTime>;
 
 /// The kernel's type code for single values of T; that of an array is 64 more.
+/// Owner: of nothing. Errors: none. Threads: any.
 ///
 ///     static_assert(qm::type_of<short> == QM_TYPE_SIGNED);
 ///     static_assert(qm::type_of<float> == QM_TYPE_FLOATING);
@@ -90,6 +91,8 @@ class Value {
  public:
   /// Nothing; a container, to be filled with items; text that may turn out to be a number or a
   /// date-time; or what the kernel's type codes say, with data that is borrowed.
+  /// Owner: recognised() copies its text, raw() borrows its data. Errors: recognised():
+  /// std::bad_alloc. Threads: any.
   ///
   ///     check(qm::Variant::create(kernel, qm::Value()).type() == QM_TYPE_EMPTY);
   ///     check(qm::Variant::create(kernel, qm::Value::container()).items().empty());
@@ -138,6 +141,7 @@ class Value {
   Value& operator=(const Value&) = delete;
 
   /// What the kernel is told: type, size of an element or of the text, number of elements, data.
+  /// Owner: this Value, or whoever lent it the data. Errors: none. Threads: any.
   ///
   ///     const qm::Value value = std::int16_t{5};
   ///     check(value.type() == QM_TYPE_SIGNED && value.size() == 2 && value.count() == 1);

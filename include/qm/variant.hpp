@@ -44,7 +44,13 @@ class RawValue {
 
 }  // namespace detail
 
-/// What the kernel tells about a variant.
+/// What the kernel tells about a variant. is_array_of() compares the elements' type and size.
+/// Owner: of nothing. Errors: none. Threads: a plain value.
+///
+///     const short numbers[] = {1, 2, 3};
+///     const qm::VariantInfo info = qm::Variant::create(kernel, numbers).info();
+///     check(info.count == 3 && info.is_array() && info.is_array_of<short>());
+///     check(!info.is_array_of<int>());
 struct VariantInfo {
   std::int32_t id = 0;          // the creator's own
   std::int32_t type = 0;        // QM_TYPE_...
@@ -73,8 +79,9 @@ inline Error other_kind(const VariantInfo& info, const char* wanted) {
 /// A reference to a variant: a value that the kernel keeps for everybody, with a name, an id,
 /// attributes and, if it is a container, items. Others may hold references to the same variant and
 /// see what is assigned to it.
-/// Owner: of one reference. Threads: a Variant object is one thread's at a time, the variant behind
-/// it everybody's: each call is done as a whole, between two calls others may change it.
+/// Owner: of one reference. Errors: those of the functions below. Threads: a Variant object is one
+/// thread's at a time, the variant behind it everybody's: each call is done as a whole, between two
+/// calls others may change it.
 ///
 ///     qm::Variant car = qm::Variant::create(kernel, qm::Value(), "car");
 ///     car.attributes().add("red", "color");
@@ -137,7 +144,7 @@ class Variant : public Owner<detail::VariantPolicy> {
   }
 
   /// Type, size and counts, or the type alone.
-  /// Errors: 22 for an empty owner. Threads: any.
+  /// Owner: the result is a copy. Errors: 22 for an empty owner. Threads: any.
   ///
   ///     const qm::Variant speed = qm::Variant::create(kernel, std::int16_t{120});
   ///     check(speed.info().size == 2 && speed.type() == QM_TYPE_SIGNED);
@@ -204,8 +211,9 @@ class Variant : public Owner<detail::VariantPolicy> {
 
   /// Reads elements of an array, from the `first` on, into memory of the caller: each exactly as
   /// as() would, or as the kernel converts them.
-  /// Errors: 22 for an empty owner, no array of that kind, or elements that it does not have; 34 an
-  /// element that does not fit T, and nothing has been read. Threads: any.
+  /// Owner: `into` stays the caller's. Errors: 22 for an empty owner, no array of that kind, or
+  /// elements that it does not have; 34 an element that does not fit T, and nothing has been read.
+  /// Threads: any.
   ///
   ///     const double measured[] = {1.0, 2.5, 3.0};
   ///     const qm::Variant array = qm::Variant::create(kernel, measured);
@@ -231,8 +239,8 @@ class Variant : public Owner<detail::VariantPolicy> {
   /// Exchanges the value in place: all who hold the variant see it. Id, name and attributes stay,
   /// unless a name is given; then id and name are exchanged as well. The variant takes the type of
   /// the value, so nothing is lost.
-  /// Errors: 22 for an empty owner or a value that the kernel does not know, 34, 12; nothing has
-  /// changed then. Threads: any.
+  /// Owner: the variant, of copies; value and name stay the caller's. Errors: 22 for an empty owner
+  /// or a value that the kernel does not know, 34, 12; nothing has changed then. Threads: any.
   ///
   ///     qm::Variant speed = qm::Variant::create(kernel, 120, "speed");
   ///     speed.assign(1.5);
@@ -253,9 +261,9 @@ class Variant : public Owner<detail::VariantPolicy> {
 
   /// Sets a number, date-time or text and keeps the type: a 2-byte integer stays one. Refused if
   /// the value would not read back as it was; set_converted() takes what the kernel makes of it.
-  /// Errors: 22 for an empty owner or a value of another kind, 34 one that does not fit, 12;
-  /// nothing has changed then. Threads: any; a type that another thread assigns meanwhile is
-  /// overwritten.
+  /// Owner: the variant, of a copy. Errors: 22 for an empty owner or a value of another kind, 34
+  /// one that does not fit, 12; nothing has changed then. Threads: any; a type that another thread
+  /// assigns meanwhile is overwritten.
   ///
   ///     qm::Variant speed = qm::Variant::create(kernel, std::int8_t{100});
   ///     check(speed.try_set(300).error().code() == QM_ERROR_RANGE);
@@ -278,8 +286,9 @@ class Variant : public Owner<detail::VariantPolicy> {
 
   /// Writes elements of an array, from the `first` on, and keeps the array's type: refused if one
   /// does not fit, or as the kernel converts them.
-  /// Errors: 22 for an empty owner, no array of that kind, or elements that it does not have; 34 an
-  /// element that does not fit, and nothing has been written; 12. Threads: any.
+  /// Owner: the variant, of copies. Errors: 22 for an empty owner, no array of that kind, or
+  /// elements that it does not have; 34 an element that does not fit, and nothing has been written;
+  /// 12. Threads: any.
   ///
   ///     const std::int16_t zeros[3] = {};
   ///     qm::Variant array = qm::Variant::create(kernel, zeros);
@@ -323,6 +332,7 @@ class Variant : public Owner<detail::VariantPolicy> {
 
   /// The items of a container, and the attributes that every variant may have. They borrow from a
   /// variable, and take over the reference of a Variant that nothing else holds.
+  /// Owner: see Children. Errors: none; what needs a container refuses later. Threads: as Variant.
   ///
   ///     qm::Variant list = qm::Variant::create(kernel, qm::Value::container());
   ///     for (const int n : {1, 2, 3}) list.items().add(n);

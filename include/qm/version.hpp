@@ -15,12 +15,17 @@
 namespace qm {
 
 /// A version of four parts of a byte each, in one word.
+/// Owner: of nothing. Errors: none. Threads: a plain value.
 ///
 ///     check(qm::Version{0x0703011D}.text() == "7.3.1.29");
 ///     check(qm::Version::of(7, 4, 0, 0) > qm::Version{kernel.info().version});
 struct Version {
   std::uint32_t packed = 0;
 
+  /// The version of these parts, most significant first.
+  /// Owner: of nothing. Errors: none. Threads: any.
+  ///
+  ///     check(qm::Version::of(1, 2, 3, 4).packed == 0x01020304);
   static constexpr Version of(std::uint8_t first, std::uint8_t second, std::uint8_t third,
                               std::uint8_t fourth) noexcept {
     return {std::uint32_t{first} << 24 | std::uint32_t{second} << 16 | std::uint32_t{third} << 8 |
@@ -28,6 +33,7 @@ struct Version {
   }
 
   /// The parts, most significant first; and all of them as text.
+  /// Owner: the text is a copy. Errors: text(): std::bad_alloc. Threads: any.
   ///
   ///     check(qm::Version::of(1, 2, 3, 4).parts()[2] == 3);
   constexpr std::array<std::uint8_t, 4> parts() const noexcept {
