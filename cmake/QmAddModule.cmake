@@ -1,5 +1,6 @@
 # qm_add_module(TARGET [NAME name] SOURCES file... VERSION a.b.c.d DESCRIPTION "text"
 #               [COMPANY "text"] [EXPORTS name... | EXPORT_MARKED] [LINK library...])
+# qm_add_module(NAME name SOURCES file... ...), where the target has the module's name
 # qm_add_module(TARGET [NAME name] SOURCES file... NO_VERSION
 #               [EXPORTS name... | EXPORT_MARKED] [LINK library...])
 #
@@ -21,9 +22,13 @@ if(NOT DEFINED QM_INCLUDE_DIR)
   set(QM_INCLUDE_DIR "${CMAKE_CURRENT_LIST_DIR}/../include")
 endif()
 
-function(qm_add_module target)
-  cmake_parse_arguments(PARSE_ARGV 1 QM
+function(qm_add_module)
+  cmake_parse_arguments(PARSE_ARGV 0 QM
     "NO_VERSION;EXPORT_MARKED" "NAME;VERSION;DESCRIPTION;COMPANY" "SOURCES;EXPORTS;LINK")
+  set(target "${QM_NAME}")
+  if(NOT ARGV0 STREQUAL "NAME")
+    list(POP_FRONT QM_UNPARSED_ARGUMENTS target)
+  endif()
   if(QM_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "qm_add_module(${target}): unknown ${QM_UNPARSED_ARGUMENTS}")
   endif()

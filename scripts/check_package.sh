@@ -128,7 +128,7 @@ try_c_project() {
 cmake_minimum_required(VERSION 3.21)
 project(c_project LANGUAGES C)
 find_package(qmsd7 REQUIRED)
-qm_add_module(excounter SOURCES excounter.c VERSION 2.3.4.5 DESCRIPTION "In C alone")
+qm_add_module(NAME excounter SOURCES excounter.c VERSION 2.3.4.5 DESCRIPTION "In C alone")
 add_executable(host hello_host.c)
 target_link_libraries(host PRIVATE qmsd7::qmsd7)
 if(WIN32)
