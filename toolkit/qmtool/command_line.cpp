@@ -11,6 +11,11 @@ namespace qmtool {
 namespace {
 
 constexpr const char* kFooter =
+    "Examples:\n"
+    "  qmtool inspect exgreeter      why does it not load?\n"
+    "  qmtool validate exgreeter     does it keep to the contract?\n"
+    "  qmtool --json list 'ex*'      which modules are there?\n"
+    "\n"
     "Exit codes:\n"
     "  0  done; what was asked about is well\n"
     "  1  the answer is no, or the kernel or a module refused\n"

@@ -19,6 +19,8 @@ TEST_F(CommandLine, HelpNamesEveryCommand) {
     EXPECT_NE(help.output.find(std::string("\n  ") + command + " "), std::string::npos) << command;
   }
   EXPECT_EQ(help.output.find("probe"), std::string::npos);
+  EXPECT_NE(help.output.find("\nExamples:\n  qmtool "), std::string::npos);
+  EXPECT_NE(help.output.find("\nExit codes:\n  0 "), std::string::npos);
 }
 
 TEST_F(CommandLine, HelpOfEveryCommandHasExamples) {
