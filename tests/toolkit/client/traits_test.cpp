@@ -21,6 +21,9 @@ static_assert(MovesOnly<qm::Buffer>);
 static_assert(MovesOnly<qm::Slot>);
 static_assert(MovesOnly<qm::ModuleHandle>);
 static_assert(MovesOnly<qm::KernelLibrary>);
+static_assert(std::is_nothrow_move_constructible_v<qm::DirectModule>);
+static_assert(!std::is_copy_constructible_v<qm::DirectModule>);
+static_assert(!std::is_copy_assignable_v<qm::DirectModule>);
 
 // An owner is a kernel and a raw value, and converts to no number by accident.
 static_assert(sizeof(qm::Kernel) == sizeof(void*));
