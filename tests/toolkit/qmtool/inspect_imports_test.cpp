@@ -103,6 +103,17 @@ TEST_F(InspectImports, TellThatNobodyLooksBesideTheModule) {
   EXPECT_EQ(document["cause"], "missing-import");
   expect_mention(document["advice"], "beside the module");
 }
+#else
+TEST_F(InspectImports, TellThatNobodyLooksBesideTheModule) {
+  install("near");
+  install("far");
+  std::string content = content_of(built_library("importing"));
+  content.replace(content.find("$ORIGIN"), 7, "/absent");
+  write(library("importing"), content);
+  const Found found = inspect();
+  EXPECT_EQ(found.cause, "missing-import");
+  expect_mention(found.advice, "beside the module");
+}
 #endif
 
 }  // namespace

@@ -92,8 +92,10 @@ class FileCheck {
     diagnosis_.imports = check_imports(diagnosis_.file, image);
     for (const ImportProblem& problem : diagnosis_.imports.problems) add_import_finding(problem);
     if (diagnosis_.finding) return false;
-    pass("It imports " + counted(diagnosis_.imports.found.size(), "library", "libraries") +
-         ", all of them found.");
+    const std::size_t count = diagnosis_.imports.found.size();
+    pass(count == 0 ? "It imports no libraries."
+                    : "It imports " + counted(count, "library", "libraries") +
+                          (count == 1 ? ", which is found." : ", all of them found."));
     return true;
   }
 
@@ -121,11 +123,11 @@ class FileCheck {
 
   std::string advice_on_missing(const ImportProblem& problem) const {
     if (!problem.file.empty()) {
-      return problem.library + " lies beside the module, where this system does not look: put it " +
-             "beside the program, or its folder into " + std::string(kFolderVariable) + ".";
+      return problem.library + " lies beside the module, where this system does not look: " +
+             std::string(kCureForBeside) + ".";
     }
-    return "Put " + problem.library + " beside the program, or link " + problem.wanted_by.back() +
-           " without it.";
+    return "Put " + problem.library + " " + std::string(kPlaceForImports) + ", or link " +
+           problem.wanted_by.back() + " without it.";
   }
 
   static std::string missing_function(const ImportProblem& problem, const std::string& chain) {

@@ -93,9 +93,7 @@ class ImportWalk {
   static std::filesystem::path find(const Node& node, const std::string& name) {
     const std::filesystem::path path = path_of(name);
     if (path.has_parent_path()) return is_file(path) ? path : std::filesystem::path();
-    std::vector<Folder> folders = folders_of_library(node.path, *node.image);
-    for (Folder& folder : library_folders()) folders.push_back(std::move(folder));
-    for (const Folder& folder : folders) {
+    for (const Folder& folder : import_folders(node.path, *node.image)) {
       if (is_file(folder.path / path)) return folder.path / path;
     }
     return {};

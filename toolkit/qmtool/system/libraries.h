@@ -31,11 +31,12 @@ std::vector<Folder> library_folders();
 std::vector<Folder> unlisted_folders();
 // The folder of the kernel family's own modules, tried last.
 Folder family_folder();
-// The environment variable that names further folders.
-extern const std::string_view kFolderVariable;
 
-// Folders that a library adds for what it imports itself; they come before the others.
-std::vector<Folder> folders_of_library(const std::filesystem::path& library, const Image& image);
+// Where what a library imports is looked for, first folder first.
+std::vector<Folder> import_folders(const std::filesystem::path& library, const Image& image);
+// What to do with an import that is missing, and with one that lies beside the module in vain.
+extern const std::string_view kPlaceForImports;
+extern const std::string_view kCureForBeside;
 
 // The file of a library of this name that is part of this process already; empty when none is.
 std::filesystem::path loaded_file(std::string_view library);

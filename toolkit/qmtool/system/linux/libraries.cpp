@@ -47,6 +47,30 @@ bool contains(const std::vector<Folder>& folders, const std::filesystem::path& p
   return std::ranges::find(folders, path, &Folder::path) != folders.end();
 }
 
+void replace_all(std::string& text, std::string_view what, std::string_view by) {
+  for (std::size_t at = text.find(what); at != std::string::npos;
+       at = text.find(what, at + by.size())) {
+    text.replace(at, what.size(), by);
+  }
+}
+
+// What a library adds for what it imports itself.
+std::vector<Folder> folders_of_library(const std::filesystem::path& library, const Image& image) {
+  const std::string origin = utf8(std::filesystem::absolute(library).parent_path());
+  std::vector<Folder> folders;
+  for (const std::string_view list : image.run_path) {
+    for (std::size_t at = 0; at <= list.size();) {
+      const std::size_t end = std::min(list.find(':', at), list.size());
+      std::string folder(list.substr(at, end - at));
+      replace_all(folder, "${ORIGIN}", origin);
+      replace_all(folder, "$ORIGIN", origin);
+      if (!folder.empty()) folders.push_back({folder, "the library's own run path", false});
+      at = end + 1;
+    }
+  }
+  return folders;
+}
+
 // The kernel's own run path holds for what it loads.
 std::vector<Folder> folders_of_kernel(const std::vector<Folder>& where_it_is_looked_for) {
   std::vector<Folder> folders;
@@ -67,10 +91,9 @@ void append(std::vector<Folder>& folders, const std::vector<Folder>& more) {
   }
 }
 
-void replace_all(std::string& text, std::string_view what, std::string_view by) {
-  for (std::size_t at = text.find(what); at != std::string::npos;
-       at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
+void append_listed(std::vector<Folder>& folders) {
+  for (const auto& path : folders_of_loader_cache()) {
+    if (!contains(folders, path)) folders.push_back({path, "a folder of the system's list", true});
   }
 }
 
@@ -78,7 +101,9 @@ void replace_all(std::string& text, std::string_view what, std::string_view by) 
 
 const ImageFormat kOwnFormat = ImageFormat::elf;
 const std::string_view kLibraryExtension = ".so";
-const std::string_view kFolderVariable = "LD_LIBRARY_PATH";
+const std::string_view kPlaceForImports = "into a folder of LD_LIBRARY_PATH";
+const std::string_view kCureForBeside =
+    "link the module with -Wl,-rpath,'$ORIGIN', or put its folder into LD_LIBRARY_PATH";
 const char* const kKernelLibrary = "libqmsd7.so.7";
 
 std::vector<Folder> library_folders() {
@@ -87,9 +112,7 @@ std::vector<Folder> library_folders() {
   const std::vector<Folder> of_loader = folders_of_loader();
   append(folders, folders_of_kernel(of_loader));
   append(folders, of_loader);
-  for (auto& path : folders_of_loader_cache()) {
-    if (!contains(folders, path)) folders.push_back({path, "a folder of the system's list", true});
-  }
+  append_listed(folders);
   return folders;
 }
 
@@ -103,19 +126,21 @@ Folder family_folder() {
   return {std::filesystem::path(QMSD_SYSTEM_DIRECTORY) / "qm", "the family's folder", false};
 }
 
-std::vector<Folder> folders_of_library(const std::filesystem::path& library, const Image& image) {
-  const std::string origin = utf8(std::filesystem::absolute(library).parent_path());
-  std::vector<Folder> folders;
-  for (const std::string_view list : image.run_path) {
-    for (std::size_t at = 0; at <= list.size();) {
-      const std::size_t end = std::min(list.find(':', at), list.size());
-      std::string folder(list.substr(at, end - at));
-      replace_all(folder, "${ORIGIN}", origin);
-      replace_all(folder, "$ORIGIN", origin);
-      if (!folder.empty()) folders.push_back({folder, "the library's own run path", false});
-      at = end + 1;
+// Neither the program's folder nor the current one: these hold for modules alone.
+std::vector<Folder> import_folders(const std::filesystem::path& library, const Image& image) {
+  std::vector<Folder> folders = folders_of_library(library, image);
+  std::vector<Folder> of_loader = folders_of_loader();
+  if (!image.run_path.empty()) {  // it stands in place of the program's
+    const MappedFile program(program_file());
+    for (const Folder& folder :
+         folders_of_library(program_file(), read_image(program.bytes()).image)) {
+      std::erase_if(of_loader, [path = folder.path.lexically_normal()](const Folder& other) {
+        return other.path == path;
+      });
     }
   }
+  append(folders, of_loader);
+  append_listed(folders);
   return folders;
 }
 

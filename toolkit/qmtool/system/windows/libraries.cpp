@@ -41,7 +41,8 @@ void append_path_variable(std::vector<Folder>& folders) {
 
 const ImageFormat kOwnFormat = ImageFormat::pe;
 const std::string_view kLibraryExtension = ".dll";
-const std::string_view kFolderVariable = "PATH";
+const std::string_view kPlaceForImports = "beside the program";
+const std::string_view kCureForBeside = "put it beside the program, or its folder into PATH";
 const char* const kKernelLibrary = "QMSD7.dll";
 
 std::vector<Folder> library_folders() {
@@ -65,7 +66,9 @@ Folder family_folder() {
 }
 
 // A library's own folder is not searched when it is loaded by a bare name.
-std::vector<Folder> folders_of_library(const std::filesystem::path&, const Image&) { return {}; }
+std::vector<Folder> import_folders(const std::filesystem::path&, const Image&) {
+  return library_folders();
+}
 
 std::filesystem::path loaded_file(std::string_view library) {
   const HMODULE module = ::GetModuleHandleW(path_of(library).c_str());
