@@ -145,6 +145,13 @@ TEST_F(Validate, SkipsWhatRestsOnAFailedCheck) {
   EXPECT_EQ(check_of(document, "load.repeatedly")["result"], "passed");
 }
 
+TEST_F(Validate, TellsUnaskedWhatTheChecksRestOn) {
+  const Json document = json({"validate", "absent", "--check", "call"}, 1);
+  EXPECT_EQ(document["failed"], 1);
+  EXPECT_EQ(check_of(document, "file.fits")["result"], "failed");
+  EXPECT_EQ(check_of(document, "call.unknown-code")["result"], "skipped");
+}
+
 TEST_F(Validate, SeesVersionsThatDisagree) {
   install("tm_plain");
   EXPECT_EQ(result_of("tm_plain", "file.version-agrees")["seen"],

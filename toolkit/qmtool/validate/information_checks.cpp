@@ -10,6 +10,8 @@ namespace qmtool {
 namespace {
 
 void has_identifier(Subject& module) {
+  expect(module.reading().image.exports_name("qmmoduleinfo"),
+         "the library exports no qmmoduleinfo");
   const auto library = module.load();
   const std::uint32_t id = module.exported_information(library).id;
   expect(id == QM_MODULE_ID, "it is " + hexadecimal(id));

@@ -13,7 +13,8 @@ const std::filesystem::path& Subject::file() {
   if (!file_.empty()) return file_;
   const auto candidates = candidates_of(target_);
   const auto there = std::ranges::find(candidates, FileState::file, &Candidate::state);
-  expect(there != candidates.end(), "there is no such file");
+  expect(there != candidates.end(),
+         "there is no such file; \"qmtool inspect\" tells where it was looked for");
   return file_ = there->path;
 }
 
@@ -57,7 +58,7 @@ Instance Subject::open_instance() {
 
 const qm_module_info& Subject::exported_information(const LoadedLibrary& library) const {
   const auto* const info = static_cast<const qm_module_info*>(library.find("qmmoduleinfo"));
-  expect(info != nullptr, "the library exports no qmmoduleinfo");
+  if (info == nullptr) throw CheckSkipped("file.information-export failed");
   if (info->id == QM_EXTENDED_MODULE_ID) throw CheckSkipped("the module is of the older kind");
   return *info;
 }

