@@ -145,7 +145,7 @@ class HandedOutField : public PointerField {
 };
 
 [[noreturn]] void refuse(const std::string& field) {
-  throw UsageError("'" + field + "' is no field");
+  throw UsageError("'" + field + "' is no field; \"qmtool call --help\" shows their forms");
 }
 
 std::uint32_t number_of(const std::string& field, std::string_view text, std::int64_t lowest,

@@ -18,7 +18,7 @@ constexpr CommandText kText = {
     "call", "Make one raw call",
     "  qmtool call kernel NOP\n"
     "  qmtool call kernel GETERRORW out wbuf:256 i32:256\n"
-    "  qmtool call exgreeter 0x12000000 w:World wout\n"
+    "  qmtool call exgreeter 0x12010000 w:World wout\n"
     "  qmtool call 0xffff1100 0x11000000 w:/default wbuf:256 i32:256   a group\n"
     "A module is opened for the call and closed after it. Ends with 1 when the call returns 0.\n"
     "\n"
