@@ -42,7 +42,9 @@ const char* kind_of(std::int32_t type) {
 std::span<const ValueType> value_types() { return kTypes; }
 
 std::string describe_type(std::int32_t type, std::int32_t size) {
-  const auto count = static_cast<std::size_t>(size);
+  const bool is_text =
+      type == QM_TYPE_TEXT || type == QM_TYPE_TEXT_UTF8 || type == QM_TYPE_WIDE_TEXT;
+  const auto count = static_cast<std::size_t>(is_text && size > 0 ? size - 1 : size);
   const std::string amount = type == QM_TYPE_WIDE_TEXT ? counted(count, "character", "characters")
                                                        : counted(count, "byte", "bytes");
   return std::string(kind_of(type)) + ", " + amount;
