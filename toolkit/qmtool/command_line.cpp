@@ -64,6 +64,12 @@ bool asks_for_json(const std::vector<std::string>& arguments) {
   return std::find(arguments.begin(), end_of_options, "--json") != end_of_options;
 }
 
+std::string where_help_is(const CLI::App& parser) {
+  const auto commands = parser.get_subcommands();
+  const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
+  return "; \"qmtool " + command + "--help\" tells more";
+}
+
 std::vector<std::string> options_of_parser(const CLI::App& parser) {
   std::vector<std::string> names;
   for (const CLI::Option* option : parser.get_options()) {
@@ -150,9 +156,9 @@ int run_command_line(std::vector<std::string> arguments) {
     parser.parse(std::move(arguments));
     return tool.exit_code;
   } catch (const CLI::ParseError& message) {
-    if (parser.exit(message) == 0) return kDone;  // it was help that was asked for
-    if (wants_json) report_json(0, message.what());
-    return kUsage;
+    if (message.get_exit_code() == 0) return parser.exit(message);  // help was asked for
+    tool.json = wants_json;
+    return report_failure(tool, kUsage, 0, message.what() + where_help_is(parser));
   } catch (const UsageError& problem) {
     return report_failure(tool, kUsage, 0, problem.what());
   } catch (const qm::Error& error) {

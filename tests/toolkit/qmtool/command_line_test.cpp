@@ -41,6 +41,13 @@ TEST_F(CommandLine, MistakesEndWithTwo) {
   EXPECT_EQ(run({"inspect", "x", "--limit", "0"}).exit_code, 2);
 }
 
+TEST_F(CommandLine, MistakesAreToldWithTheHelpToRead) {
+  const std::string errors = run({"inspect"}).errors;
+  EXPECT_TRUE(errors.starts_with("qmtool: ")) << errors;
+  EXPECT_NE(errors.find("\"qmtool inspect --help\" tells more"), std::string::npos) << errors;
+  EXPECT_NE(run({"nonsense"}).errors.find("\"qmtool --help\" tells more"), std::string::npos);
+}
+
 TEST_F(CommandLine, VersionIsTheKernels) {
   EXPECT_EQ(run({"--version"}).output, "qmtool 7.3.1.29\n");
 }
