@@ -1,7 +1,9 @@
 #include "toolkit/qmtool/record.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
+#include <iterator>
 #include <optional>
 
 #include <qm/buffer.hpp>
@@ -64,6 +66,22 @@ class NumberField : public Field {
  private:
   std::uint32_t number_;
   bool is_signed_;
+};
+
+class FloatingField : public Field {
+ public:
+  FloatingField(std::string written, double number) : Field(std::move(written)), number_(number) {}
+
+  std::size_t size() const override { return sizeof number_; }
+  void store(void* place) const override { std::memcpy(place, &number_, sizeof number_); }
+  std::string show(const void* place, qm::Kernel) const override {
+    char text[32];
+    const auto end = std::to_chars(std::begin(text), std::end(text), load<double>(place)).ptr;
+    return std::string(text, end);
+  }
+
+ private:
+  double number_;
 };
 
 class PointerField : public Field {
@@ -155,6 +173,14 @@ std::uint32_t number_of(const std::string& field, std::string_view text, std::in
   return static_cast<std::uint32_t>(*number);
 }
 
+double floating_of(const std::string& field, std::string_view text) {
+  double number = 0;
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  if (result.ec != std::errc() || result.ptr != end) refuse(field);
+  return number;
+}
+
 std::unique_ptr<Field> field_without_value(const std::string& field) {
   if (field == "null") return std::make_unique<PointerField>(field);
   if (field == "out") return std::make_unique<NumberField>(field, 0, false);
@@ -176,6 +202,7 @@ std::unique_ptr<Field> make_field(const std::string& field) {
     return std::make_unique<NumberField>(field, number_of(field, value, INT32_MIN, INT32_MAX),
                                          true);
   }
+  if (kind == "f64") return std::make_unique<FloatingField>(field, floating_of(field, value));
   if (kind == "w") return std::make_unique<BufferField<qm_wchar>>(field, qm::to_wide(value));
   if (kind == "a") return std::make_unique<BufferField<char>>(field, value);
   if (kind == "buf") return std::make_unique<BytesField>(field, std::string(length(), 0));

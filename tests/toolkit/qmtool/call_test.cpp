@@ -42,6 +42,12 @@ TEST_F(Call, PassesNumbersInAndOut) {
   EXPECT_EQ(after(call({"excounter", "0x12000000", "u32:7", "out"}), 1), "7 (0x00000007)");
 }
 
+TEST_F(Call, KnowsFloatingPointNumbers) {
+  const Json document = call({"kernel", "NOP", "u32:1", "f64:-2.5", "f64:1e300"});
+  EXPECT_EQ(after(document, 1), "-2.5");
+  EXPECT_EQ(after(document, 2), "1e+300");
+}
+
 TEST_F(Call, OffersBuffers) {
   const Json document = call({"kernel", "GETERRORW", "out", "wbuf:40", "i32:40"}, 1);
   EXPECT_EQ(document["result"], 0);
@@ -64,7 +70,7 @@ TEST_F(Call, ReachesGroups) {
 
 TEST_F(Call, RefusesWhatIsNoField) {
   for (const char* field : {"u32:", "u32:x", "u32:-1", "u32:4294967296", "i32:2147483648", "buf:0",
-                            "buf:99999999999", "what", "what:5", ""}) {
+                            "buf:99999999999", "f64:", "f64:x", "what", "what:5", ""}) {
     const ProgramRun result = run({"call", "kernel", "NOP", field});
     EXPECT_EQ(result.exit_code, 2) << field;
     EXPECT_NE(result.errors.find("is no field"), std::string::npos) << result.errors;

@@ -24,6 +24,7 @@ constexpr CommandText kText = {
     "\n"
     "Fields of the record, in order:\n"
     "  u32:N i32:N   a number, decimal or with 0x\n"
+    "  f64:N         a floating-point number of 8 bytes\n"
     "  w:TEXT        pointer to a wide text; a:TEXT to a narrow one\n"
     "  null          a null pointer, or one that the call writes\n"
     "  out           a number that the call writes\n"
