@@ -40,6 +40,15 @@ TEST_F(InspectFiles, NameTheAbsentOneAndEveryFileThatWasTried) {
   EXPECT_EQ(places.back(), "the family's folder");
 }
 
+#ifndef _WIN32
+TEST_F(InspectFiles, NameTheFileOfOtherCase) {
+  write(library("Module"), "");
+  const Json document = inspect("module");
+  EXPECT_EQ(document["cause"], "absent");
+  EXPECT_TRUE(std::string(document["advice"]).ends_with(library("Module") + ".")) << document;
+}
+#endif
+
 TEST_F(InspectFiles, NameTheAbsentFile) { EXPECT_EQ(cause_of("./" + library("none")), "absent"); }
 
 TEST_F(InspectFiles, NameTheFolderInItsPlace) {

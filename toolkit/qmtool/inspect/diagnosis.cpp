@@ -1,6 +1,8 @@
 #include "toolkit/qmtool/inspect/diagnosis.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "toolkit/qmtool/inspect/file_check.h"
 #include "toolkit/qmtool/inspect/trial_finding.h"
@@ -99,8 +101,25 @@ class Diagnostician {
               "Check the name of the file."};
     }
     const std::string file = result_.target.name + std::string(kLibraryExtension);
+    const std::string alike = file_of_other_case(file);
     return {"absent", "There is no " + file + " in any folder where modules are looked for.",
-            "Put " + file + " beside the program, or check the name of the module."};
+            alike.empty() ? "Put " + file + " beside the program, or check the name of the module."
+                          : "Write the name of the module as that of its file, " + alike + "."};
+  }
+
+  // Where upper and lower case matter: the file that may have been meant.
+  std::string file_of_other_case(const std::string& file) const {
+    if (kOwnFormat == ImageFormat::pe) return "";
+    for (const Candidate& candidate : result_.candidates) {
+      std::error_code problem;
+      const std::filesystem::directory_iterator end;
+      std::filesystem::directory_iterator entry(candidate.path.parent_path(), problem);
+      for (; !problem && entry != end; entry.increment(problem)) {
+        const std::string name = utf8(entry->path().filename());
+        if (lower_case(name) == lower_case(file)) return utf8(entry->path());
+      }
+    }
+    return "";
   }
 
   const Tool& tool_;
