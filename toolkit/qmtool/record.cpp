@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 #include <qm/buffer.hpp>
 
@@ -77,7 +78,7 @@ class FloatingField : public Field {
   std::string show(const void* place, qm::Kernel) const override {
     char text[32];
     const auto end = std::to_chars(std::begin(text), std::end(text), load<double>(place)).ptr;
-    return std::string(text, end);
+    return {std::begin(text), end};
   }
 
  private:
@@ -98,7 +99,8 @@ template <class Unit>
 class BufferField : public Field {
  public:
   using Text = std::basic_string<Unit>;
-  BufferField(std::string written, Text content) : Field(std::move(written)), content_(content) {}
+  BufferField(std::string written, Text content)
+      : Field(std::move(written)), content_(std::move(content)) {}
 
   void store(void* place) const override {
     const Unit* const start = content_.c_str();

@@ -121,7 +121,7 @@ class FileCheck {
     if (first) diagnosis_.finding = first;
   }
 
-  std::string advice_on_missing(const ImportProblem& problem) const {
+  static std::string advice_on_missing(const ImportProblem& problem) {
     if (!problem.file.empty()) {
       return problem.library + " lies beside the module, where this system does not look: " +
              std::string(kCureForBeside) + ".";
