@@ -72,7 +72,7 @@ std::string summary_of(const std::vector<CheckResult>& results) {
     return std::to_string(count(results, verdict)) + " " + word;
   };
   return part(Verdict::passed, "passed, ") + part(Verdict::failed, "failed, ") +
-         part(Verdict::warned, "warnings, ") + part(Verdict::skipped, "skipped");
+         part(Verdict::warned, "warned, ") + part(Verdict::skipped, "skipped");
 }
 
 void print(const std::vector<CheckResult>& results, const Options& options) {
