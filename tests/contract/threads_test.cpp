@@ -190,7 +190,9 @@ TEST_F(Threads, LoadAndUnloadOneModule) {
     }
   });
   EXPECT_FALSE(is_loaded("tm_plain"));
-  EXPECT_EQ(journal("tm_plain load").size(), journal("tm_plain notice").size());
+  // Whoever opens it while another thread is about to free the library meets the one still loaded.
+  EXPECT_LE(journal("tm_plain load").size(), journal("tm_plain notice").size());
+  EXPECT_EQ(journal("tm_plain load").size(), journal("tm_plain unload").size());
 }
 
 TEST_F(Threads, OpenCallAndCloseModulesOfTheirOwn) {
